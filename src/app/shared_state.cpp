@@ -1,0 +1,46 @@
+/*
+ * app/shared_state.cpp - see shared_state.h.  Linked string variables are
+ * allocated with Tcl's allocator because Tcl frees and replaces them when
+ * a script writes to them.
+ */
+#include "app/shared_state.h"
+
+#include <tcl.h>
+
+#include <cstring>
+
+char *vesk_home = nullptr;
+char *viewsetting = nullptr;
+int unsaved_changes = 0;
+int undo_count = 0;
+int view_3d_textures = 1;
+int person_walk_vehicle = 0;
+char *vesk_version_string = nullptr;
+double vesk_version_number = 2.0;
+
+void shared_set_string(char **slot, const char *text)
+{
+    size_t n = strlen(text) + 1;
+    char *copy = Tcl_Alloc((unsigned int)n);
+    memcpy(copy, text, n);
+    if (*slot) Tcl_Free(*slot);
+    *slot = copy;
+}
+
+void shared_state_init(void)
+{
+    if (!viewsetting) shared_set_string(&viewsetting, "all");
+    if (!vesk_version_string) shared_set_string(&vesk_version_string, "VESK v2.0");
+}
+
+int window_is_visible(int view)
+{
+    const char *s = viewsetting ? viewsetting : "";
+    if (strcmp(s, "all") == 0) return view >= 0 && view <= 3;
+    if (strcmp(s, "xy") == 0) return view == 0;
+    if (strcmp(s, "zy") == 0) return view == 1;
+    if (strcmp(s, "xz") == 0) return view == 2;
+    if (strcmp(s, "xyz") == 0) return view == 3;
+    return 0;
+}
+

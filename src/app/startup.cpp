@@ -1,0 +1,59 @@
+/*
+ * app/startup.cpp - the start-up steps shared by the front ends (see
+ * startup.h).  The order matters: the preferences (and with them the
+ * allocator's memory_checks switch) are settled before the first model
+ * allocation, and the palette is made after the interpreter exists since
+ * every entry is announced to the scripts.
+ */
+#include "app/startup.h"
+#include "app/prefs.h"
+#include "app/shared_state.h"
+#include "app/tcl_bridge.h"
+#include "core/internal.h"
+#include "edit/selection.h"
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+void startup_read_debug_switch(int argc, char **argv)
+{
+    if (argc >= 2 && strcmp(argv[1], "debug") == 0) debug_flag = 1;
+}
+
+void startup_find_home(void)
+{
+    const char *home = getenv("VESK_HOME");
+    if (home && *home) {
+        shared_set_string(&vesk_home, home);
+        return;
+    }
+    console_printf("Environment variable VESK_HOME is unset\n");
+    char cwd[PATH_MAX];
+    if (!getcwd(cwd, sizeof cwd)) {
+        console_printf("can't get current working directory \n");
+        shared_set_string(&vesk_home, "");
+        return;
+    }
+    console_printf("using current dir - %s\n", cwd);
+    shared_set_string(&vesk_home, cwd);
+}
+
+void startup_core(void)
+{
+    shared_state_init();
+    init_prefs();
+    world = new_world();
+}
+
+int startup_bind(Tcl_Interp *interp)
+{
+    return vesk_bind_interpreter(interp);
+}
+
+void startup_after_scripts(void)
+{
+    create_palette();
+    selection.select_mode = SELECT_TREE;
+}

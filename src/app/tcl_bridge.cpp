@@ -1,0 +1,185 @@
+/*
+ * app/tcl_bridge.cpp - the scripting bridge (see tcl_bridge.h).  Text sent
+ * to the scripts is passed as separate words wherever it comes from the
+ * model or the user (messages, labels), so that quotes, brackets and
+ * dollar signs in a file name or message are shown, never evaluated.
+ */
+#include "app/tcl_bridge.h"
+#include "app/commands.h"
+#include "app/frontend.h"
+#include "app/linked_vars.h"
+#include "core/internal.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+enum { MESSAGE_BUFFER = 2048 };
+
+Tcl_Interp *tcl_interp = nullptr;
+FrontEnd frontend = {nullptr, nullptr, 0};
+
+int frontend_window_geometry(int view, int rect[4])
+{
+    return frontend.window_geometry ? frontend.window_geometry(view, rect) : 0;
+}
+
+void tcl_trace_error(const char *where)
+{
+    if (!tcl_interp) return;
+    console_printf("TCL ERROR IN VESK in %s:\n%s\n", where, Tcl_GetStringResult(tcl_interp));
+    const char *info = Tcl_GetVar(tcl_interp, "errorInfo", TCL_GLOBAL_ONLY);
+    if (info) console_printf("Stack Trace:\n%s\n\n", info);
+    else console_printf("NO Stack Trace\n");
+}
+
+const char *tcl_command(const char *format, ...)
+{
+    char buffer[MESSAGE_BUFFER];
+    va_list ap;
+    va_start(ap, format);
+    vsnprintf(buffer, sizeof buffer, format, ap);
+    va_end(ap);
+    if (!tcl_interp) return "";
+    debugf("sending command to TCL: %s\n", buffer);
+    if (Tcl_Eval(tcl_interp, buffer) != TCL_OK) tcl_trace_error(buffer);
+    return Tcl_GetStringResult(tcl_interp);
+}
+
+/* Calls a script procedure with its arguments as words, unevaluated. */
+static void tcl_call(const char *procedure, const char *argument)
+{
+    if (!tcl_interp) return;
+    Tcl_Obj *words[2] = {Tcl_NewStringObj(procedure, -1), Tcl_NewStringObj(argument, -1)};
+    for (Tcl_Obj *w : words) Tcl_IncrRefCount(w);
+    if (Tcl_EvalObjv(tcl_interp, 2, words, TCL_EVAL_GLOBAL) != TCL_OK) tcl_trace_error(procedure);
+    for (Tcl_Obj *w : words) Tcl_DecrRefCount(w);
+}
+
+void display_message(const char *format, ...)
+{
+    char buffer[MESSAGE_BUFFER];
+    va_list ap;
+    va_start(ap, format);
+    vsnprintf(buffer, sizeof buffer, format, ap);
+    va_end(ap);
+    debugf("sending command to TCL: %s\n", buffer);
+    tcl_call("display_message", buffer);
+}
+
+void display_status(void)
+{
+    tcl_command("sync_ui");
+    debugf("done display status\n");
+}
+
+void set_progress_bar(int percent)
+{
+    tcl_command("set_progress_bar %d", percent);
+}
+
+void set_undo_string(const char *text)
+{
+    tcl_call("set_undo_string", text ? text : "");
+}
+
+void popup_3d_menu(int x, int y)
+{
+    tcl_command("popup_3d_menu %d %d", x, y);
+}
+
+void tcl_update(void)
+{
+    if (tcl_interp) Tcl_VarEval(tcl_interp, "update", (char *)nullptr);
+}
+
+void handle_tcl_events(void)
+{
+    while (Tcl_DoOneEvent(TCL_DONT_WAIT)) {
+    }
+}
+
+char *tcl_get_string(const char *name)
+{
+    if (!tcl_interp) return nullptr;
+    return (char *)Tcl_GetVar(tcl_interp, name, 0);
+}
+
+void tcl_set_string(const char *name, const char *value)
+{
+    if (tcl_interp) Tcl_SetVar(tcl_interp, name, value ? value : "", TCL_GLOBAL_ONLY);
+}
+
+void tcl_set_int(const char *name, int value)
+{
+    char text[32];
+    snprintf(text, sizeof text, "%d", value);
+    tcl_set_string(name, text);
+}
+
+const char *tcl_eval_file(const char *path)
+{
+    if (!tcl_interp) return "";
+    if (Tcl_EvalFile(tcl_interp, path) != TCL_OK) tcl_trace_error(path);
+    return Tcl_GetStringResult(tcl_interp);
+}
+
+int windows_message_dialog(const char *format, ...)
+{
+    char buffer[MESSAGE_BUFFER];
+    va_list ap;
+    va_start(ap, format);
+    vsnprintf(buffer, sizeof buffer, format, ap);
+    va_end(ap);
+    if (!frontend.has_tk || !tcl_interp) {
+        fprintf(stderr, "%s\n", buffer);
+        return 1;
+    }
+    const char *script[] = {"tk_messageBox", "-title", "VESK Message", "-message", buffer,
+                            "-type", "ok"};
+    Tcl_Obj *words[7];
+    for (int i = 0; i < 7; i++) {
+        words[i] = Tcl_NewStringObj(script[i], -1);
+        Tcl_IncrRefCount(words[i]);
+    }
+    if (Tcl_EvalObjv(tcl_interp, 7, words, TCL_EVAL_GLOBAL) != TCL_OK) {
+        fprintf(stderr, "%s\n", buffer);
+    }
+    for (Tcl_Obj *w : words) Tcl_DecrRefCount(w);
+    return 1;
+}
+
+double vk_get_version_number(void) { return 2.0; }
+
+/* ---- the vesk command ---- */
+
+static int vesk_command_proc(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+{
+    do_command(argc - 1, (char **)(argv + 1));
+    const char *result = command_result_get();
+    Tcl_SetResult(interp, (char *)(result ? result : ""), TCL_VOLATILE);
+    return TCL_OK;
+}
+
+void create_vesk_command(Tcl_Interp *interp)
+{
+    Tcl_CreateCommand(interp, "vesk", vesk_command_proc, nullptr, nullptr);
+}
+
+int vesk_bind_interpreter(Tcl_Interp *interp)
+{
+    tcl_interp = interp;
+    create_vesk_command(interp);
+    return link_tcl_variables(interp);
+}
+
+/* ---- empty hooks kept for plug-ins and call sites ---- */
+
+void init_ui(void) {}
+void set_busy_cursor(void) {}
+void win_set_submode_cursor(void) {}
+void print_time(void) {}
+void cache_material(void) {}
+void create_texture_menu(void) {}
+void set_undo_surface_colour(void) {}
+void vk_register_internal_surface_filters(void) {}

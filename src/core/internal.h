@@ -1,0 +1,28 @@
+/*
+ * core/internal.h - core state and helpers shared inside the program but
+ * not offered to plug-ins: the debug switch, the allocator's running
+ * total, and small helpers of the object model.
+ */
+#ifndef VESK_CORE_INTERNAL_H
+#define VESK_CORE_INTERNAL_H
+
+#include "vesk.h"
+
+#include <cstring>
+
+extern int debug_flag;
+extern uint32_t memory_total_allocated;
+
+/* Frees the guarded blocks still waiting in the release quarantine. */
+void memory_release_quarantine(void);
+
+/* The largest float below 3.4028e38 that bounding-box searches start
+ * from (bit pattern 0x7F7FFF8B). */
+float bbox_start_value(void);
+
+/* Forgets the handle of an object that is being freed. */
+void object_handle_release(Object *object);
+/* Drops every handle (used when the whole model is replaced). */
+unsigned int object_handle_count(void);
+
+#endif

@@ -1,0 +1,14 @@
+/*
+ * view/redraw.h - asking the views to draw again.  A redraw is only a
+ * request: the front end draws when its event loop is idle, so many
+ * requests in one command cost one redraw.
+ */
+#ifndef VESK_VIEW_REDRAW_H
+#define VESK_VIEW_REDRAW_H
+
+void request_redisplay(int view);
+int redraw_all(void);
+int redraw_orth(void);
+int redraw_3d(void);
+
+#endif
