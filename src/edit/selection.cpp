@@ -177,3 +177,12 @@ void find_bounding_box(void)
     selection.view_has_extent[1] = !(size[2] == 0 && size[1] == 0);
     selection.view_has_extent[2] = !(size[0] == 0 && size[2] == 0);
 }
+
+int set_new_select_mode(int mode)
+{
+    /* Placeholder until the mode conversion exists: the selection is
+     * dropped and the mode set. */
+    clear_selection();
+    selection.select_mode = mode;
+    return 1;
+}

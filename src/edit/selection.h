@@ -39,5 +39,8 @@ void unselect_objectlist(List *objects);
 int object_is_selected(Object *object);
 int nothing_is_selected(void);
 void find_bounding_box(void);
+/* Changes the select mode, converting the selection (command
+ * "set_select_mode"). */
+int set_new_select_mode(int mode);
 
 #endif

@@ -10,5 +10,7 @@ void request_redisplay(int view);
 int redraw_all(void);
 int redraw_orth(void);
 int redraw_3d(void);
+/* Fits the orthographic views to the selection. */
+int fit_selected_all(void);
 
 #endif
