@@ -64,7 +64,7 @@ Command builtin_commands[] = {
     {"move", CMDFN(not_available_fff), 3, "fff", "<float x> <float y> <float z>", "translate selection (relative)"},
     {"move_to", CMDFN(not_available_fff), 3, "fff", "<float x> <float y> <float z>", "translate selection (absolute - based on centre point)"},
     {"new_cube", CMDFN(not_available_none), 0, nullptr, nullptr, "add a regular cube centred at the origin"},
-    {"new_palette_entry", CMDFN(new_palette_entry), 1, "d", "<int index>", nullptr},
+    {"new_palette_entry", CMDFN(command_new_palette_entry), 1, "d", "<int index>", nullptr},
     {"object_explode", CMDFN(not_available_f), 1, "f", "<float explode_dist>", "fragment and explode surfaces"},
     {"object_get_children", CMDFN(tcl_object_get_children), 1, "d", "<int object_id>", "returns a list of object ids"},
     {"object_get_name", CMDFN(tcl_object_get_name), 1, "d", "<int object_id>", "returns the object's name"},

@@ -43,6 +43,7 @@ int set_current_object_data(char *text);
 int command_get_info(void);
 int command_list(void);
 int system_execute(char *command);
+int command_new_palette_entry(int index);
 
 /* Looks up an object handle given by a script; prints a console message
  * naming the command and returns null when it names no live object. */

@@ -165,6 +165,13 @@ int command_get_info(void)
     return 1;
 }
 
+int command_new_palette_entry(int index)
+{
+    /* The command answers the new palette size. */
+    command_result_append_int(new_palette_entry(index));
+    return 1;
+}
+
 int system_execute(char *command)
 {
     console_printf("executing '%s'\n", command);

@@ -8,8 +8,14 @@
  */
 #include "app/startup.h"
 #include "vesk.h"
+#include "core/internal.h"
 
 #include <tcl.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 
 static const char quiet_interface[] = R"TCL(
 proc display_message {text} { puts $text }
@@ -29,13 +35,58 @@ proc add_surface_menu_item {args} {}
 fconfigure stdout -buffering line
 )TCL";
 
+/* vesk_redirect_stdout FILE: sends the process's standard output (where
+ * the core's console messages go) to FILE until vesk_restore_stdout is
+ * called with the returned token.  Lets scripts check console output. */
+static int redirect_stdout_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+{
+    if (argc != 2) {
+        Tcl_SetResult(interp, (char *)"usage: vesk_redirect_stdout file", TCL_STATIC);
+        return TCL_ERROR;
+    }
+    Tcl_Eval(interp, "flush stdout");
+    fflush(stdout);
+    int fd = open(argv[1], O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    if (fd < 0) {
+        Tcl_SetResult(interp, (char *)"can't open capture file", TCL_STATIC);
+        return TCL_ERROR;
+    }
+    int saved = dup(1);
+    dup2(fd, 1);
+    close(fd);
+    Tcl_SetObjResult(interp, Tcl_NewIntObj(saved));
+    return TCL_OK;
+}
+
+static int restore_stdout_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+{
+    if (argc != 2) {
+        Tcl_SetResult(interp, (char *)"usage: vesk_restore_stdout token", TCL_STATIC);
+        return TCL_ERROR;
+    }
+    Tcl_Eval(interp, "flush stdout");
+    fflush(stdout);
+    int saved = atoi(argv[1]);
+    if (saved > 2) {
+        dup2(saved, 1);
+        close(saved);
+    }
+    return TCL_OK;
+}
+
 static int vesksh_init(Tcl_Interp *interp)
 {
     if (Tcl_Init(interp) != TCL_OK) return TCL_ERROR;
+    /* Start-up messages go to standard error, so that standard output
+     * carries only what the script prints. */
+    console_to_stderr = 1;
     startup_find_home();
     startup_core();
+    console_to_stderr = 0;
     if (!startup_bind(interp)) return TCL_ERROR;
     if (Tcl_Eval(interp, quiet_interface) != TCL_OK) return TCL_ERROR;
+    Tcl_CreateCommand(interp, "vesk_redirect_stdout", redirect_stdout_cmd, nullptr, nullptr);
+    Tcl_CreateCommand(interp, "vesk_restore_stdout", restore_stdout_cmd, nullptr, nullptr);
     startup_after_scripts();
     return TCL_OK;
 }

@@ -12,6 +12,7 @@
 
 extern int debug_flag;
 extern uint32_t memory_total_allocated;
+extern int console_to_stderr;
 
 /* Frees the guarded blocks still waiting in the release quarantine. */
 void memory_release_quarantine(void);

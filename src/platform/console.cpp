@@ -11,12 +11,18 @@
 
 enum { CONSOLE_BUFFER = 2048 };
 
+/* When set, console output goes to standard error instead (the headless
+ * shell uses it during start-up so that a script's own output is all that
+ * reaches standard output). */
+int console_to_stderr = 0;
+
 static void console_write(const char *format, va_list ap)
 {
     char buffer[CONSOLE_BUFFER];
     vsnprintf(buffer, sizeof buffer, format, ap);
-    fputs(buffer, stdout);
-    fflush(stdout);
+    FILE *out = console_to_stderr ? stderr : stdout;
+    fputs(buffer, out);
+    fflush(out);
 }
 
 void console_printf(const char *format, ...)

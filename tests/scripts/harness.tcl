@@ -1,0 +1,53 @@
+# harness.tcl - a small test harness for scripts run by vesksh.
+#
+# A test script sources this file, calls `check` and `check_match` for
+# each expectation, and ends with `finish`, which prints the summary line
+# "N passed, N failed" and exits non-zero when anything failed.
+# The script's arguments are the tests source directory and a scratch
+# directory that the script may fill (created here, emptied first).
+
+set ::passed 0
+set ::failed 0
+set ::tests_dir [lindex $argv 0]
+set ::scratch [lindex $argv 1]
+if {$::scratch eq ""} { set ::scratch [file join /tmp vesk_scratch_[pid]] }
+file delete -force $::scratch
+file mkdir $::scratch
+
+proc check {name actual expected} {
+    if {$actual eq $expected} {
+        incr ::passed
+    } else {
+        incr ::failed
+        puts "FAIL: $name\n    expected: $expected\n    actual:   $actual"
+    }
+}
+
+proc check_match {name actual pattern} {
+    if {[string match $pattern $actual]} {
+        incr ::passed
+    } else {
+        incr ::failed
+        puts "FAIL: $name\n    pattern: $pattern\n    actual:  $actual"
+    }
+}
+
+# Runs body with standard output captured; returns what it printed.
+# Console output of the core goes straight to the process's stdout, so
+# the capture redirects the file descriptor through a temporary file.
+proc capture_console {body} {
+    set f [file join $::scratch capture_[incr ::capture_count].txt]
+    set saved [vesk_redirect_stdout $f]
+    set code [catch {uplevel 1 $body} result]
+    vesk_restore_stdout $saved
+    set fd [open $f r]
+    set text [read $fd]
+    close $fd
+    if {$code == 1} { return -code error $result }
+    return $text
+}
+
+proc finish {} {
+    puts "$::passed passed, $::failed failed"
+    exit [expr {$::failed > 0}]
+}

@@ -1,0 +1,91 @@
+# The headless shell: the vesk command, the linked variables, the palette
+# and preference commands, object queries on the empty model, and the
+# shell's own exit status and standard input.
+source [file join [lindex $argv 0] scripts harness.tcl]
+
+# --- the vesk command never raises a Tcl error ---
+check "no words" [catch {vesk} r] 0
+check "no words result" $r ""
+check "unknown command result" [vesk no_such_command] "command not found"
+check_match "wrong count result" [vesk move 1 2] "incorrect number of args for move (should be 3, got 2) - usage:*<float x> <float y> <float z>"
+check_match "too many words" [capture_console {vesk a b c d e f g h i j k l m n o p q r s t u}] "*max number of command parameters exceeded*"
+check_match "stub says not available" [capture_console {vesk zoom_in}] "*command 'zoom_in' is not available yet*"
+
+# --- command listing ---
+set listing [vesk list]
+set lines [split [string trimright $listing "\n"] "\n"]
+check "list has every built-in" [llength $lines] 142
+check "first row" [lindex $lines 0] "add_text <string text> "
+check "group row" [lindex $lines 30] "group group group selected objects"
+check "last row" [lindex $lines end] "zoom_out  "
+
+# --- world and object queries ---
+set w [vesk get_world]
+check_match "world handle is a number" $w {[1-9]*}
+check "world handle stable" [vesk get_world] $w
+check "world has no children" [vesk object_get_children $w] ""
+check "world name" [vesk object_get_name $w] ""
+check "world vertices" [vesk object_get_vertices $w] ""
+check "world centre" [vesk object_get_centre $w] "0 0 0"
+check "world not hidden" [vesk object_is_hidden $w] 0
+check_match "unknown handle message" [capture_console {set r [vesk object_get_name 999999]}] "*no object with id 999999*"
+check "unknown handle result" $r ""
+check "negative handle" [vesk object_get_children -5] ""
+check "text handle" [vesk object_get_url abc] ""
+check "current object none" [vesk set_current_object_name fred] ""
+set info [vesk get_info]
+check "info objects" [dict get $info objects] 0
+check "info palette" [dict get $info palette] 15
+
+# --- palette commands ---
+set buttons {}
+proc add_palette_button {colour index} { lappend ::buttons [list $colour $index] }
+check "new entry returns count" [vesk new_palette_entry 7] 16
+check "button for new entry" [lindex $buttons 0] [list #458674 15]
+check "palette grew" [dict get [vesk get_info] palette] 16
+set edited {}
+proc edit_colour_ui {args} { set ::edited $args }
+vesk set_palette_entry 15 1 0.5 0 0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 42 0.25
+vesk edit_palette_entry 15
+check "editor shows the entry" [lrange $edited 0 3] {15 1.000000 0.500000 0.000000}
+check "editor emissive before specular" [lrange $edited 7 12] {0.400000 0.500000 0.600000 0.700000 0.800000 0.900000}
+check "editor scalars" [lrange $edited 13 14] {42.000000 0.250000}
+check_match "edit of a missing entry" [capture_console {vesk edit_palette_entry 300}] "*no palette entry 300*"
+
+# --- linked variables share storage with the preferences ---
+check "grid default" $prefs_grid 0.1
+set prefs_grid 0.25
+check "version string" $vesk_version_string "VESK v2.0"
+check "version number" $vesk_version_number 2.0
+check "read-only count" [catch {set numselected 5}] 1
+check "viewsetting" $viewsetting all
+check "selected count" $numselected 0
+
+# --- save_settings writes the preferences file in HOME ---
+set prefs_file [file join $env(HOME) veskprefs.txt]
+file delete $prefs_file
+set out [capture_console {vesk save_settings}]
+check "prefs file written" [file exists $prefs_file] 1
+set fd [open $prefs_file]; set text [read $fd]; close $fd
+check_match "saved grid" $text "*\ngrid 0.250000\n*"
+check_match "saved magic" $text "VKPR 12\n*"
+
+# --- execute runs a shell command in the background ---
+set marker [file join $::scratch executed.txt]
+vesk execute "echo ran > [list $marker]"
+for {set i 0} {$i < 100 && ![file exists $marker]} {incr i} { after 50 }
+check "execute ran the command" [file exists $marker] 1
+
+# --- the shell's exit status and standard input ---
+set shell [info nameofexecutable]
+set script [file join $::scratch exit3.tcl]
+set fd [open $script w]; puts $fd "exit 3"; close $fd
+check "exit status of a script" [catch {exec $shell $script} msg opts] 1
+check "exit code 3" [lindex [dict get $opts -errorcode] 2] 3
+set script [file join $::scratch error.tcl]
+set fd [open $script w]; puts $fd "error boom"; close $fd
+check "script error exits 1" [catch {exec $shell $script 2>@1} msg opts] 1
+check "argv as tclsh" [exec $shell [file join $::tests_dir scripts print_argv.tcl] a "b c" 2>/dev/null] "2 {a {b c}}"
+check_match "reads stdin" [exec $shell << "puts \[vesk get_world\]\n" 2>/dev/null] "*1*"
+
+finish
