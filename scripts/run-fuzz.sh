@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Fuzzes the model file reader: builds fuzz/fuzz_vk_reader with clang
+# (libFuzzer, AddressSanitizer, UndefinedBehaviorSanitizer) in its own
+# build directory and runs it for the given number of seconds (default
+# 30), starting from the model files of the tests.  Crashing inputs are
+# left in the build directory and make the script fail.
+#   usage: scripts/run-fuzz.sh [seconds]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-30}
+build=${VESK_FUZZ_BUILD_DIR:-build-fuzz}
+mkdir -p "$build"
+
+CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVESK_FUZZ=ON \
+    -DVESK_SANITIZE=ON -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_BENCH=OFF > "$build/cmake.log" 2>&1 ||
+    { cat "$build/cmake.log"; exit 1; }
+cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader
+
+corpus="$build/corpus"
+rm -rf "$corpus" && mkdir -p "$corpus"
+cp tests/data/vk/*.vk "$corpus"/
+mkdir -p "$build/artifacts"
+export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+"$build/fuzz/fuzz_vk_reader" -max_total_time="$seconds" -max_len=65536 -timeout=20 -rss_limit_mb=2048 \
+    -close_fd_mask=2 -artifact_prefix="$build/artifacts/" -print_final_stats=1 "$corpus"

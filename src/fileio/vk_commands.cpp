@@ -1,0 +1,116 @@
+/*
+ * fileio/vk_commands.cpp - the commands "load_vk", "save_vk" and
+ * "save_selection_vk": the model file reader and writer as the user
+ * interface and scripts call them.  Each leaves "1" (done) or "0" (not
+ * done) as its command result.
+ */
+#include "app/commands.h"
+#include "app/linked_vars.h"
+#include "app/shared_state.h"
+#include "edit/selection.h"
+#include "fileio/vk_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <unordered_set>
+
+static void set_unsaved_changes(int value)
+{
+    unsaved_changes = value;
+    ui_update_linked_var(&unsaved_changes);
+}
+
+static int finish(int ok)
+{
+    command_result_set(ok ? "1" : "0");
+    return ok;
+}
+
+static int no_filename(const char *filename, const char *command)
+{
+    if (filename && *filename) return 0;
+    display_message("%s: no file name given", command);
+    return 1;
+}
+
+/* How much of the model there is, to tell whether a load changed it. */
+static unsigned long model_size(void)
+{
+    return (unsigned long)world->num_kids + world->num_vert + world->num_surf;
+}
+
+int command_load_vk_object(char *filename)
+{
+    if (no_filename(filename, "load_vk")) return finish(0);
+    int was_empty = model_size() == 0;
+    unsigned long before = model_size();
+    int ok = readfile_vk(filename, world, 1);
+    if (ok) {
+        /* The model is the file only when it was empty before. */
+        set_unsaved_changes(was_empty ? 0 : 1);
+        display_message("loaded %s", filename);
+    } else if (model_size() != before) {
+        set_unsaved_changes(1);
+        display_message("%s was not read completely - see the console", filename);
+    }
+    return finish(ok);
+}
+
+static void report_save_failure(const char *filename, int error)
+{
+    windows_message_dialog("Save VESK file:\n\ncan't write file %s\n%s\nThe previous file (if any) is unchanged.",
+                           filename, strerror(error));
+    display_message("save failed: %s", filename);
+}
+
+int command_save_vk(char *filename)
+{
+    if (no_filename(filename, "save_vk")) return finish(0);
+    display_message("saving %s...", filename);
+    if (!write_vk(filename)) {
+        report_save_failure(filename, errno);
+        return finish(0);
+    }
+    set_unsaved_changes(0);
+    display_message("saved %s", filename);
+    return finish(1);
+}
+
+/* The selected objects that have no selected ancestor, in selection
+ * order: each is saved with its whole subtree.  In vertex mode the
+ * objects that own selected vertices are saved. */
+static List *selected_roots(void)
+{
+    List *chosen = selection.select_mode == SELECT_VERTEX ? selection.part_selected_objects
+                                                          : selection.selected_objects;
+    std::unordered_set<Object *> set;
+    for (List *l = chosen; l; l = l->next) set.insert((Object *)l->item);
+    List *roots = nullptr, *tail = nullptr;
+    for (List *l = chosen; l; l = l->next) {
+        Object *o = (Object *)l->item;
+        if (o == world) continue;
+        Object *up = o->parent;
+        while (up && !set.count(up)) up = up->parent;
+        if (!up) tail = list_add_item_fast(&roots, tail, o);
+    }
+    return roots;
+}
+
+int command_save_selection_vk(char *filename)
+{
+    if (no_filename(filename, "save_selection_vk")) return finish(0);
+    List *roots = selected_roots();
+    if (!roots) {
+        display_message("save_selection_vk: nothing is selected");
+        return finish(0);
+    }
+    int ok = write_vk_objects(filename, roots);
+    int error = errno;
+    list_free(&roots);
+    if (!ok) {
+        report_save_failure(filename, error);
+        return finish(0);
+    }
+    display_message("saved the selection in %s", filename);
+    return finish(1);
+}

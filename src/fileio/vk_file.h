@@ -1,0 +1,50 @@
+/*
+ * fileio/vk_file.h - the system's own model file (".vk"): the reader that
+ * merges a file into the model and the writer that saves the model or a
+ * part of it.
+ *
+ * The file is line oriented: the header word "VESK" with the version in
+ * hexadecimal ("VESKb" is 11, the current one), MATERIAL lines, then one
+ * object block (normally "OBJECT world") whose "kids" line is followed by
+ * its children's blocks, depth first.
+ */
+#ifndef VESK_FILEIO_VK_FILE_H
+#define VESK_FILEIO_VK_FILE_H
+
+#include "vesk.h"
+
+#include <cstdio>
+
+enum {
+    VK_FILE_VERSION = 11,
+    /* Objects nested deeper than this are not read: the rest of the
+     * program walks the tree recursively. */
+    VK_MAX_NESTING = 1000,
+};
+
+/* Merges the file into the model under parent (normally the world).
+ * With select, the loaded top-level objects are selected afterwards and
+ * the views fitted to them.  Returns 1 when the whole file was read, 0
+ * when it could not be opened, is not a model file, is from a newer
+ * version, or stopped part-way (what was read stays in the model). */
+int readfile_vk(const char *filename, Object *parent, int select);
+/* The reader of files older than version 11 (called by readfile_vk). */
+int readfile_vk_old(const char *filename, Object *parent, int select);
+
+/* Writes text in double quotes with a backslash before every backslash
+ * and double quote, as the reader's tokeniser expects. */
+void output_string(FILE *file, const char *text);
+
+/* Saves the whole model.  The previous file is replaced only when the new
+ * one was written completely; returns 1, or 0 with errno describing the
+ * failure (the old file is then untouched). */
+int write_vk(const char *filename);
+/* Saves the given objects, each with its subtree, as the children of a
+ * world block.  Same results as write_vk. */
+int write_vk_objects(const char *filename, List *objects);
+/* Writes one object's block and its subtree to an open file (without the
+ * header and materials), placed relative to the object's parent.  Returns
+ * 1, or 0 when writing failed. */
+int write_vk_object(FILE *file, Object *object);
+
+#endif

@@ -1,0 +1,185 @@
+/*
+ * fileio/vk_reader.cpp - loading a model file: opening it, the header and
+ * version rules with their messages, then (after the block reader of
+ * vk_blocks.cpp has read the objects) selecting what was loaded,
+ * computing its normals and fitting the views.
+ */
+#include "fileio/vk_file.h"
+#include "fileio/vk_reader_internal.h"
+#include "app/prefs.h"
+#include "edit/selection.h"
+#include "view/redraw.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+enum { HEADER_OK, HEADER_NOT_VESK };
+
+/* Reads the first word of the file: "VESK" and the version in hexadecimal.
+ * What follows the word on its line is left to be read as a line. */
+static int read_header(VkRead *r, long *version)
+{
+    LineReader *in = &r->in;
+    const char *p = nullptr;
+    while (line_reader_next(in)) {
+        p = in->line + strspn(in->line, " \t\r");
+        if (*p) break;
+        p = nullptr;
+    }
+    if (!p || strncmp(p, "VESK", 4) != 0) return HEADER_NOT_VESK;
+    char digits[LINE_LIMIT + 1];
+    size_t n = strcspn(p + 4, " \t\r");
+    memcpy(digits, p + 4, n);
+    digits[n] = '\0';
+    errno = 0;
+    long v = strtol(digits, nullptr, 16);
+    *version = errno == ERANGE && v > 0 ? VK_FILE_VERSION + 1 : v;
+    /* The rest of the header line is read as the first line of the body. */
+    const char *rest = p + 4 + n;
+    memmove(in->line, rest, strlen(rest) + 1);
+    in->line_length = strlen(in->line);
+    line_reader_push_back(in);
+    return HEADER_OK;
+}
+
+static void show_not_vesk(const char *filename)
+{
+    windows_message_dialog("Load VESK file:\nThe file '%s' is not a valid VESK file.", filename);
+}
+
+static void show_newer(const char *filename)
+{
+    windows_message_dialog("Load VESK file:\n\nThe VESK file '%s' cannot be loaded because it is from a newer "
+                           "version of VESK.\nSee 'about' for details on how to get the latest version.",
+                           filename);
+}
+
+/* Checks the header after the file was opened: 1 to go on with the body,
+ * 0 when the file was refused (and the message shown). */
+static int check_header(VkRead *r, long *version)
+{
+    if (read_header(r, version) != HEADER_OK) {
+        show_not_vesk(r->filename);
+        return 0;
+    }
+    if (*version > VK_FILE_VERSION) {
+        show_newer(r->filename);
+        return 0;
+    }
+    return 1;
+}
+
+static void start_body(int select)
+{
+    if (!select) return;
+    clear_selection();
+    set_new_select_mode(SELECT_TREE);
+}
+
+/* What follows reading the objects: the held vertices are stored, what
+ * was loaded is selected and gets its normals, and the views follow. */
+static void finish_load(VkRead *r, int select, int fit)
+{
+    vk_read_finish_vertices(r);
+    /* The reading buffers go before the normals need their memory. */
+    std::vector<Vertex *>().swap(r->vertices);
+    if (r->in.read_error) {
+        console_printf("Load VESK file: error reading %s: %s\n", r->filename, strerror(r->in.read_error));
+    }
+    if (r->stop_reason) {
+        console_printf("Load VESK file: stopped at line %ld of %s: %s\n", r->in.line_number, r->filename,
+                       r->stop_reason);
+    }
+    if (r->messages_hidden > 0) {
+        console_printf("Load VESK file: %ld more problems in %s were not shown\n", r->messages_hidden, r->filename);
+    }
+    line_reader_close(&r->in);
+    if (select && r->loaded) select_objectlist(r->loaded);
+    if (select) find_bounding_box();
+    if (r->loaded) {
+        display_message("calculating normals...");
+        for (List *l = r->loaded; l; l = l->next) object_calc_normals_force((Object *)l->item);
+        display_message("Done.");
+        set_progress_bar(0);
+    }
+    if (fit) {
+        fit_selected_all();
+        redraw_3d();
+    } else {
+        redraw_all();
+    }
+    list_free(&r->loaded);
+    r->file_materials.clear();
+}
+
+/* Opens the file; 0 (with errno) when it can't be read. */
+static int open_file(VkRead *r)
+{
+    if (line_reader_open(&r->in, r->filename)) return 1;
+    int e = errno;
+    console_printf("%s: %s\n", r->filename, strerror(e));
+    errno = e;
+    return 0;
+}
+
+int readfile_vk(const char *filename, Object *parent, int select)
+{
+    if (!filename) return 0;
+    if (!parent) parent = world;
+    std::unique_ptr<VkRead> r(new VkRead());
+    vk_read_init(r.get(), filename, parent);
+    if (!open_file(r.get())) {
+        windows_message_dialog("Load VESK file:\n\ncan't open file %s for reading\n", filename);
+        return 0;
+    }
+    long version = 0;
+    if (!check_header(r.get(), &version)) {
+        line_reader_close(&r->in);
+        return 0;
+    }
+    if (version < VK_FILE_VERSION) {
+        line_reader_close(&r->in);
+        return readfile_vk_old(filename, parent, select);
+    }
+    display_message("Loading VESK file...");
+    start_body(select);
+    int ok = vk_read_body(r.get());
+    finish_load(r.get(), select, select && prefs.fit_view_after_load);
+    return ok && !r->in.read_error;
+}
+
+int readfile_vk_old(const char *filename, Object *parent, int select)
+{
+    if (!filename) return 0;
+    if (!parent) parent = world;
+    std::unique_ptr<VkRead> r(new VkRead());
+    vk_read_init(r.get(), filename, parent);
+    r->old_format = 1;
+    if (!open_file(r.get())) {
+        console_printf("can't open file for readiing\n");
+        return 0;
+    }
+    long version = 0;
+    if (!check_header(r.get(), &version)) {
+        line_reader_close(&r->in);
+        return 0;
+    }
+    display_message("Loading VESK file");
+    start_body(select);
+    int ok = vk_read_body(r.get()) && !r->in.read_error;
+    long made = r->objects_made;
+    finish_load(r.get(), select, prefs.fit_view_after_load);
+    if (!ok) {
+        console_printf("Error whilst reading file %s\n", filename);
+        return 0;
+    }
+    if (made == 0) {
+        console_printf("no object loaded\n");
+        return 0;
+    }
+    console_printf("read file %s OK\n", filename);
+    return 1;
+}
