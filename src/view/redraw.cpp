@@ -4,6 +4,8 @@
 #include "view/redraw.h"
 #include "app/frontend.h"
 
+unsigned long model_generation = 1;
+
 void request_redisplay(int view)
 {
     if (view < 0 || view > 3) return;
@@ -12,12 +14,14 @@ void request_redisplay(int view)
 
 int redraw_orth(void)
 {
+    model_generation++;
     for (int view = 0; view < 3; view++) request_redisplay(view);
     return 1;
 }
 
 int redraw_3d(void)
 {
+    model_generation++;
     request_redisplay(3);
     return 1;
 }
@@ -29,9 +33,3 @@ int redraw_all(void)
     return 1;
 }
 
-int fit_selected_all(void)
-{
-    /* The views fit themselves when they exist; headless, only redraw. */
-    redraw_all();
-    return 1;
-}

@@ -6,6 +6,12 @@
 #ifndef VESK_VIEW_REDRAW_H
 #define VESK_VIEW_REDRAW_H
 
+/* Counts changes of what the views show of the model; the drawing code
+ * caches its work until it changes.  redraw_all, redraw_orth and
+ * redraw_3d advance it (edits call them); request_redisplay does not
+ * (camera moves, zoom and exposure call it). */
+extern unsigned long model_generation;
+
 void request_redisplay(int view);
 int redraw_all(void);
 int redraw_orth(void);

@@ -1,0 +1,303 @@
+/*
+ * app/togl_bind_gl.cpp - binds the four Togl widgets that the scripts
+ * create to the core: the Tcl commands the widgets call back on create,
+ * reshape and display; the Tk event handlers for mouse, pointer and keys
+ * on each widget; and the front-end hooks for redraw requests and window
+ * geometry.
+ *
+ * Togl 2.0 calls back through Tcl commands named in the widget's options,
+ * each with the widget path; the view number comes from the path.
+ */
+#include "app/togl_bind.h"
+#include "app/frontend.h"
+#include "app/prefs.h"
+#include "app/shared_state.h"
+#include "app/tcl_bridge.h"
+#include "core/internal.h"
+#include "view/interaction.h"
+#include "view/render_gl.h"
+#include "view/view_state.h"
+
+#include <togl.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/keysym.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+static const char *const view_paths[NUM_VIEWS] = {".views.xyframe.f.win", ".views.zyframe.f.win",
+                                                  ".views.xzframe.f.win", ".views.xyzframe.f.win"};
+
+struct ViewSlot {
+    Togl *togl;
+    Tk_Window tkwin;
+    int x, y, width, height;
+    int bound;        /* event handlers installed */
+    int gl_ready;     /* the 3D view's GL state initialised */
+};
+
+static ViewSlot slots[NUM_VIEWS];
+static Tk_Window main_window;
+int pointer_window = -1;
+
+static int view_of_path(const char *path)
+{
+    for (int v = 0; v < NUM_VIEWS; v++) {
+        if (strcmp(path, view_paths[v]) == 0) return v;
+    }
+    return -1;
+}
+
+static Togl *togl_of(Tcl_Interp *interp, const char *path)
+{
+    Togl *togl = nullptr;
+    if (Togl_GetToglFromName(interp, path, &togl) != TCL_OK) return nullptr;
+    return togl;
+}
+
+/* ---- redraw ---- */
+
+static int is_double_buffered(int view)
+{
+    return view == 3 || prefs.doublebuffer_orth;
+}
+
+static void redisplay(Togl *togl, int view)
+{
+    if (!window_is_visible(view)) return;
+    Togl_MakeCurrent(togl);
+    int w = Togl_Width(togl), h = Togl_Height(togl);
+    if (view == 3) {
+        if (!slots[3].gl_ready) {
+            init_3d_gl(w, h);
+            slots[3].gl_ready = 1;
+        }
+        redraw_3d_real(w, h, 1);
+    } else {
+        redraw_orth_real(view, w, h, is_double_buffered(view));
+    }
+    if (is_double_buffered(view)) Togl_SwapBuffers(togl);
+}
+
+static void request_view_redisplay(int view)
+{
+    if (view < 0 || view >= NUM_VIEWS || !slots[view].togl) return;
+    Togl_PostRedisplay(slots[view].togl);
+}
+
+static void reshape(Togl *togl, int view)
+{
+    ViewSlot &s = slots[view];
+    s.width = Togl_Width(togl);
+    s.height = Togl_Height(togl);
+    Tk_Window w = Togl_TkWin(togl);
+    if (w) {
+        s.x = Tk_X(w);
+        s.y = Tk_Y(w);
+    }
+    Togl_MakeCurrent(togl);
+    if (view != 3) glViewport(0, 0, s.width, s.height);
+    handle_resize(view, s.width, s.height);
+}
+
+/* ---- Tcl callbacks named in the widgets' options ---- */
+
+static int togl_callback(ClientData kind, Tcl_Interp *interp, int argc, const char **argv)
+{
+    if (argc < 2) return TCL_OK;
+    Togl *togl = togl_of(interp, argv[1]);
+    int view = view_of_path(argv[1]);
+    if (!togl) {
+        console_printf("togl is null!\n");
+        return TCL_OK;
+    }
+    if (view < 0) return TCL_OK;
+    slots[view].togl = togl;
+    switch ((intptr_t)kind) {
+    case 1: reshape(togl, view); break;
+    case 2: redisplay(togl, view); break;
+    default: break;
+    }
+    return TCL_OK;
+}
+
+/* ---- events ---- */
+
+static int core_state(unsigned int x_state)
+{
+    /* Shift, Control and Alt (Mod1); Lock and NumLock are dropped. */
+    int state = 0;
+    if (x_state & ShiftMask) state |= QUALIFIER_SHIFT;
+    if (x_state & ControlMask) state |= QUALIFIER_CONTROL;
+    if (x_state & Mod1Mask) state |= QUALIFIER_ALT;
+    return state;
+}
+
+static void key_event(ClientData, XEvent *event)
+{
+    if (event->type != KeyPress) return;
+    char chars[10];
+    KeySym keysym = 0;
+    int n = XLookupString(&event->xkey, chars, 9, &keysym, nullptr);
+    int state = core_state(event->xkey.state);
+    debugf("key event key %d  qual %d\n", (int)event->xkey.keycode, state);
+    if (n > 0) {
+        for (int i = 0; i < n; i++) handle_key_press(pointer_window, (unsigned char)chars[i], state);
+        return;
+    }
+    int code = 0;
+    switch (keysym) {
+    case XK_Left: code = KEY_LEFT; break;
+    case XK_Up: code = KEY_UP; break;
+    case XK_Right: code = KEY_RIGHT; break;
+    case XK_Down: code = KEY_DOWN; break;
+    default: return;
+    }
+    handle_special_key_press(pointer_window, code, state);
+}
+
+static void view_event(ClientData data, XEvent *event)
+{
+    int view = (int)(intptr_t)data;
+    switch (event->type) {
+    case ButtonPress: {
+        int state = core_state(event->xbutton.state);
+        if (view == 3) handle_mouse_down_3d(event->xbutton.x, event->xbutton.y, event->xbutton.button, state);
+        else handle_mouse_down(view, event->xbutton.x, event->xbutton.y, event->xbutton.button, state);
+        break;
+    }
+    case ButtonRelease:
+        if (view == 3) {
+            handle_mouse_up_3d(event->xbutton.x, event->xbutton.y, event->xbutton.button,
+                               event->xbutton.time, core_state(event->xbutton.state));
+        } else {
+            handle_mouse_up(view, event->xbutton.x, event->xbutton.y, event->xbutton.button);
+        }
+        break;
+    case MotionNotify:
+        if (view == 3) handle_mouse_move_3d(event->xmotion.x, event->xmotion.y, event->xmotion.time);
+        else handle_mouse_move(view, event->xmotion.x, event->xmotion.y);
+        break;
+    case EnterNotify:
+        pointer_window = view;
+        if (view == 3) handle_enter_3d();
+        /* Keys act on the view under the pointer: give it the focus. */
+        tcl_command("focus %s", view_paths[view]);
+        break;
+    case LeaveNotify:
+        if (view == 3) handle_leave_3d();
+        pointer_window = -1;
+        break;
+    default:
+        break;
+    }
+}
+
+/* ---- binding ---- */
+
+static int window_geometry(int view, int rect[4])
+{
+    if (view == 4) {
+        if (!main_window) return 0;
+        int x = 0, y = 0;
+        Tk_GetRootCoords(main_window, &x, &y);
+        rect[0] = x;
+        rect[1] = y;
+        rect[2] = Tk_Width(main_window);
+        rect[3] = Tk_Height(main_window);
+        return 1;
+    }
+    if (view < 0 || view >= NUM_VIEWS || !slots[view].togl) return 0;
+    rect[0] = slots[view].x;
+    rect[1] = slots[view].y;
+    rect[2] = slots[view].width;
+    rect[3] = slots[view].height;
+    return 1;
+}
+
+/* vesk_time_redraw VIEW COUNT: draws a view COUNT times at once, waiting
+ * for each frame to finish, and answers the mean milliseconds per frame.
+ * Used by the redraw benchmark. */
+static int time_redraw_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+{
+    int view = argc == 3 ? atoi(argv[1]) : -1;
+    int count = argc == 3 ? atoi(argv[2]) : 0;
+    if (view < 0 || view >= NUM_VIEWS || count < 1 || !slots[view].togl) {
+        Tcl_SetResult(interp, (char *)"usage: vesk_time_redraw view(0-3) count", TCL_STATIC);
+        return TCL_ERROR;
+    }
+    struct timespec t0, t1;
+    clock_gettime(CLOCK_MONOTONIC, &t0);
+    for (int i = 0; i < count; i++) {
+        redisplay(slots[view].togl, view);
+        glFinish();
+    }
+    clock_gettime(CLOCK_MONOTONIC, &t1);
+    double ms = ((t1.tv_sec - t0.tv_sec) * 1e3 + (t1.tv_nsec - t0.tv_nsec) / 1e6) / count;
+    char text[64];
+    snprintf(text, sizeof text, "%.2f", ms);
+    Tcl_SetResult(interp, text, TCL_VOLATILE);
+    return TCL_OK;
+}
+
+void register_togl_callbacks(Tcl_Interp *interp)
+{
+    Tcl_CreateCommand(interp, "vesk_time_redraw", time_redraw_cmd, nullptr, nullptr);
+    Tcl_CreateCommand(interp, "vesk_togl_create", togl_callback, (ClientData)0, nullptr);
+    Tcl_CreateCommand(interp, "vesk_togl_reshape", togl_callback, (ClientData)1, nullptr);
+    Tcl_CreateCommand(interp, "vesk_togl_display", togl_callback, (ClientData)2, nullptr);
+}
+
+void bind_key_handler(Tk_Window window)
+{
+    main_window = window;
+    Tk_CreateEventHandler(window, KeyPressMask, key_event, nullptr);
+}
+
+int make_tcl_window(Tcl_Interp *interp, int view)
+{
+    Togl *togl = togl_of(interp, view_paths[view]);
+    if (!togl) {
+        console_printf("can't get togl id for window %d - it looks like the OpenGL window may have "
+                       "failed to open/initialize\n",
+                       view);
+        return 0;
+    }
+    ViewSlot &s = slots[view];
+    s.togl = togl;
+    s.tkwin = Togl_TkWin(togl);
+    Togl_SetClientData(togl, (ClientData)(intptr_t)view);
+    if (!s.bound) {
+        long mask = ButtonPressMask | ButtonReleaseMask | PointerMotionMask | EnterWindowMask |
+                    LeaveWindowMask;
+        Tk_CreateEventHandler(s.tkwin, mask, view_event, (ClientData)(intptr_t)view);
+        Tk_CreateEventHandler(s.tkwin, KeyPressMask, key_event, nullptr);
+        s.bound = 1;
+    }
+    s.width = Togl_Width(togl);
+    s.height = Togl_Height(togl);
+    handle_resize(view, s.width, s.height);
+    return 1;
+}
+
+int create_ui(Tcl_Interp *interp)
+{
+    frontend.window_geometry = window_geometry;
+    frontend.request_redisplay = request_view_redisplay;
+    frontend.has_tk = 1;
+    for (int v = 0; v < NUM_VIEWS; v++) {
+        if (!make_tcl_window(interp, v)) return 0;
+    }
+    return 1;
+}
+
+void init_3d_view_gl(void)
+{
+    ViewSlot &s = slots[3];
+    if (!s.togl || s.gl_ready) return;
+    Togl_MakeCurrent(s.togl);
+    init_3d_gl(prefs.win3d_width, prefs.win3d_height);
+    s.gl_ready = 1;
+}

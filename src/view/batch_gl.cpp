@@ -1,0 +1,411 @@
+/*
+ * view/batch_gl.cpp - drawing the model from vertex buffers.  Drawing a
+ * million surfaces one glBegin at a time is far too slow, so each view
+ * keeps the model's geometry in buffer objects, rebuilt only when the
+ * model or the settings that shape its drawing change:
+ *
+ *  - orthographic views: one position buffer with every vertex of the
+ *    visible objects, and index buffers of line segments (each polygon's
+ *    outline, each line's strip) and of vertex points, split by the
+ *    selected and unselected colours;
+ *  - the 3D view: triangles grouped by material, shading and sidedness
+ *    (quads split as the triangle strip 1, 2, 4, 3 splits them, so flat
+ *    shading takes its colour from the same corner), and lines grouped by
+ *    material.  Surfaces the buffers cannot express (polygons needing the
+ *    tessellator, textured objects, the point style) are drawn directly
+ *    with the per-surface code each frame.
+ */
+#define GL_GLEXT_PROTOTYPES 1
+#include "view/render_gl.h"
+#include "app/prefs.h"
+#include "app/shared_state.h"
+#include "edit/selection.h"
+#include "view/redraw.h"
+
+#include <GL/glext.h>
+
+#include <map>
+#include <tuple>
+#include <vector>
+
+/* A buffer object with its element count. */
+struct GpuArray {
+    GLuint buffer = 0;
+    GLsizei count = 0;
+};
+
+static void upload(GpuArray &a, GLenum target, const void *data, size_t bytes, GLsizei count)
+{
+    if (!a.buffer) glGenBuffers(1, &a.buffer);
+    glBindBuffer(target, a.buffer);
+    glBufferData(target, (GLsizeiptr)bytes, bytes ? data : nullptr, GL_STATIC_DRAW);
+    glBindBuffer(target, 0);
+    a.count = count;
+}
+
+/* ---- orthographic views ---- */
+
+struct OrthBatches {
+    GpuArray positions;
+    GpuArray lines[2];   /* unselected, selected */
+    GpuArray points[2];
+};
+
+/* What the three orthographic views draw of the model: built once per
+ * change and uploaded to each view's context. */
+struct OrthBuild {
+    std::vector<float> positions;
+    std::vector<uint32_t> lines[2];
+    std::vector<uint32_t> points[2];
+    std::vector<Object *> centres[2];
+};
+
+/* A set of edges (vertex index pairs) with open addressing, so that an
+ * edge shared by two surfaces is drawn once: the picture is the same and
+ * a closed mesh has half the lines. */
+class EdgeSet {
+public:
+    explicit EdgeSet(size_t expected)
+    {
+        size_t size = 16;
+        while (size < expected * 2) size *= 2;
+        slots_.assign(size, EMPTY);
+        mask_ = size - 1;
+    }
+
+    /* Returns true when the edge was not there yet. */
+    bool insert(uint32_t a, uint32_t b)
+    {
+        uint64_t key = a < b ? ((uint64_t)a << 32 | b) : ((uint64_t)b << 32 | a);
+        size_t i = (size_t)((key * 0x9E3779B97F4A7C15ULL) >> 20) & mask_;
+        while (slots_[i] != EMPTY) {
+            if (slots_[i] == key) return false;
+            i = (i + 1) & mask_;
+        }
+        slots_[i] = key;
+        return true;
+    }
+
+private:
+    static constexpr uint64_t EMPTY = ~(uint64_t)0;
+    std::vector<uint64_t> slots_;
+    size_t mask_;
+};
+
+static void add_edge(EdgeSet &edges, std::vector<uint32_t> &lines, uint32_t a, uint32_t b)
+{
+    if (!edges.insert(a, b)) return;
+    lines.push_back(a);
+    lines.push_back(b);
+}
+
+static size_t count_references(Object *o)
+{
+    size_t n = 0;
+    for (List *l = o->surfaces; l; l = l->next) n += ((Surface *)l->item)->num_vertrefs;
+    return n;
+}
+
+static void orth_collect_object(Object *o, int selected, OrthBuild &b)
+{
+    uint32_t base = (uint32_t)(b.positions.size() / 3);
+    uint32_t n = 0;
+    for (List *v = o->vertices; v; v = v->next, n++) {
+        Vertex *vx = (Vertex *)v->item;
+        vx->mark = base + n;
+        b.positions.insert(b.positions.end(), vx->point, vx->point + 3);
+    }
+    std::vector<uint32_t> &lines = b.lines[selected];
+    EdgeSet edges(count_references(o));
+    for (List *l = o->surfaces; l; l = l->next) {
+        const Surface *s = (const Surface *)l->item;
+        if (!s->vertrefs) continue;
+        if (s->surface_kind == SURFACE_POLYGON && s->num_vertrefs > 255) {
+            console_printf("surface vertices exceed 255\n");
+            continue;
+        }
+        uint32_t first = ((SVertex *)s->vertrefs->item)->vertex->mark, prev = first;
+        for (List *r = s->vertrefs->next; r; r = r->next) {
+            uint32_t i = ((SVertex *)r->item)->vertex->mark;
+            add_edge(edges, lines, prev, i);
+            prev = i;
+        }
+        if (s->surface_kind != SURFACE_LINE) add_edge(edges, lines, prev, first);
+    }
+    if (prefs.show_vertices) {
+        for (uint32_t i = 0; i < n; i++) b.points[selected].push_back(base + i);
+    }
+    if (prefs.show_object_centres) b.centres[selected].push_back(o);
+}
+
+static void orth_collect(Object *o, int selected, OrthBuild &b)
+{
+    int effective = selected || object_is_selected(o);
+    if (o->visible) orth_collect_object(o, effective, b);
+    for (List *k = o->kids; k; k = k->next) orth_collect((Object *)k->item, effective, b);
+}
+
+static void orth_upload(OrthBatches &batches, const OrthBuild &b)
+{
+    upload(batches.positions, GL_ARRAY_BUFFER, b.positions.data(), b.positions.size() * sizeof(float),
+           (GLsizei)(b.positions.size() / 3));
+    for (int s = 0; s < 2; s++) {
+        upload(batches.lines[s], GL_ELEMENT_ARRAY_BUFFER, b.lines[s].data(),
+               b.lines[s].size() * sizeof(uint32_t), (GLsizei)b.lines[s].size());
+        upload(batches.points[s], GL_ELEMENT_ARRAY_BUFFER, b.points[s].data(),
+               b.points[s].size() * sizeof(uint32_t), (GLsizei)b.points[s].size());
+    }
+}
+
+static void draw_elements(const GpuArray &indices, GLenum mode)
+{
+    if (!indices.count) return;
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices.buffer);
+    glDrawElements(mode, indices.count, GL_UNSIGNED_INT, nullptr);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+}
+
+static void orth_draw(const OrthBatches &b, const OrthBuild &build, int view)
+{
+    glDisable(GL_LIGHTING);
+    glBindBuffer(GL_ARRAY_BUFFER, b.positions.buffer);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(3, GL_FLOAT, 0, nullptr);
+    for (int s = 0; s < 2; s++) {
+        set_col(s ? 3 : 2);
+        draw_elements(b.lines[s], GL_LINES);
+    }
+    if (prefs.handles_hollow) glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    glPointSize((float)prefs.vert_size);
+    for (int s = 0; s < 2; s++) {
+        set_col(s ? 5 : 4);
+        draw_elements(b.points[s], GL_POINTS);
+    }
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    for (int s = 0; s < 2; s++) {
+        for (Object *o : build.centres[s]) draw_object_centre(o, s, view);
+    }
+}
+
+/* ---- the 3D view ---- */
+
+typedef std::tuple<int, int, int> TriangleKey;   /* mat, shading, twosided */
+
+struct Batch3d {
+    int mat, shading, twosided;
+    GpuArray data;   /* interleaved normal and position per corner */
+};
+
+struct Batches3d {
+    std::vector<Batch3d> triangles;
+    std::vector<Batch3d> lines;   /* shading and twosided unused */
+    std::vector<std::pair<Object *, int>> direct_objects;   /* drawn whole, with selected flag */
+    std::vector<Surface *> direct_surfaces;
+};
+
+struct Build3d {
+    std::map<TriangleKey, std::vector<float>> triangles;
+    std::map<int, std::vector<float>> lines;
+    std::vector<std::pair<Object *, int>> direct_objects;
+    std::vector<Surface *> direct_surfaces;
+};
+
+static void push_corner(std::vector<float> &out, const float *normal, const float *point)
+{
+    out.insert(out.end(), normal, normal + 3);
+    out.insert(out.end(), point, point + 3);
+}
+
+static void push_triangle(std::vector<float> &out, const Surface *s, const Vertex *a, const Vertex *b,
+                          const Vertex *c)
+{
+    const Vertex *v[3] = {a, b, c};
+    for (const Vertex *x : v) push_corner(out, s->shading ? x->normal : s->normal, x->point);
+}
+
+static void push_line_segments(std::vector<float> &out, const Surface *s, int closed)
+{
+    static const float none[3] = {0, 0, 1};
+    const Vertex *first = ((SVertex *)s->vertrefs->item)->vertex, *prev = first;
+    for (List *r = s->vertrefs->next; r; r = r->next) {
+        const Vertex *v = ((SVertex *)r->item)->vertex;
+        push_corner(out, none, prev->point);
+        push_corner(out, none, v->point);
+        prev = v;
+    }
+    if (closed) {
+        push_corner(out, none, prev->point);
+        push_corner(out, none, first->point);
+    }
+}
+
+static void collect_surface_3d(Surface *s, Build3d &b)
+{
+    unsigned n = s->num_vertrefs;
+    int m = prefs.view_3d_mode;
+    if (n == 0) return;
+    if (s->surface_kind == SURFACE_POLYGON && n > 255) {
+        console_printf("surface vertices exceed 255\n");
+        return;
+    }
+    int is_line_kind = s->surface_kind == SURFACE_LINE;
+    if (n == 2 || is_line_kind) {
+        push_line_segments(b.lines[s->mat], s, 0);
+        return;
+    }
+    if (s->surface_kind == SURFACE_CLOSED_LINE || m == 1) {
+        push_line_segments(b.lines[s->mat], s, 1);
+        return;
+    }
+    if (n == 1) return; /* the point style draws nothing */
+    if (n > 4) {
+        b.direct_surfaces.push_back(s);
+        return;
+    }
+    std::vector<float> &out = b.triangles[TriangleKey(s->mat, s->shading != 0, s->twosided != 0)];
+    List *r = s->vertrefs;
+    const Vertex *v[4];
+    for (unsigned i = 0; i < n; i++, r = r->next) v[i] = ((SVertex *)r->item)->vertex;
+    if (n == 3) {
+        push_triangle(out, s, v[0], v[1], v[2]);
+        return;
+    }
+    /* A quad as the strip 1, 2, 4, 3 draws it: (1, 2, 4), then (4, 2, 3),
+     * so that flat shading takes each triangle's colour from the same
+     * corner as the strip does. */
+    push_triangle(out, s, v[0], v[1], v[3]);
+    push_triangle(out, s, v[3], v[1], v[2]);
+}
+
+static void collect_3d(Object *o, int selected, Build3d &b)
+{
+    int effective = selected || (prefs.show_vertices_3d && object_is_selected(o));
+    int draw = !(prefs.hide_objects_in_3d && !o->visible);
+    if (draw) {
+        int textured = view_3d_textures && o->texture;
+        if (textured || prefs.show_vertices_3d) {
+            b.direct_objects.push_back({o, effective});
+        } else {
+            for (List *l = o->surfaces; l; l = l->next) collect_surface_3d((Surface *)l->item, b);
+        }
+    }
+    for (List *k = o->kids; k; k = k->next) collect_3d((Object *)k->item, effective, b);
+}
+
+static void build_3d(Batches3d &batches)
+{
+    for (Batch3d &old : batches.triangles) glDeleteBuffers(1, &old.data.buffer);
+    for (Batch3d &old : batches.lines) glDeleteBuffers(1, &old.data.buffer);
+    batches.triangles.clear();
+    batches.lines.clear();
+    Build3d b;
+    collect_3d(world, 0, b);
+    for (auto &t : b.triangles) {
+        Batch3d batch = {std::get<0>(t.first), std::get<1>(t.first), std::get<2>(t.first), {}};
+        upload(batch.data, GL_ARRAY_BUFFER, t.second.data(), t.second.size() * sizeof(float),
+               (GLsizei)(t.second.size() / 6));
+        batches.triangles.push_back(batch);
+    }
+    for (auto &l : b.lines) {
+        Batch3d batch = {l.first, 0, 1, {}};
+        upload(batch.data, GL_ARRAY_BUFFER, l.second.data(), l.second.size() * sizeof(float),
+               (GLsizei)(l.second.size() / 6));
+        batches.lines.push_back(batch);
+    }
+    batches.direct_objects = b.direct_objects;
+    batches.direct_surfaces = b.direct_surfaces;
+}
+
+static void bind_interleaved(const GpuArray &a, int normals)
+{
+    glBindBuffer(GL_ARRAY_BUFFER, a.buffer);
+    glVertexPointer(3, GL_FLOAT, 6 * sizeof(float), (const void *)(3 * sizeof(float)));
+    if (normals) glNormalPointer(GL_FLOAT, 6 * sizeof(float), nullptr);
+}
+
+static void draw_3d(const Batches3d &b)
+{
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glEnableClientState(GL_NORMAL_ARRAY);
+    glEnable(GL_LIGHTING);
+    for (const Batch3d &t : b.triangles) {
+        if (t.twosided) glDisable(GL_CULL_FACE);
+        else glEnable(GL_CULL_FACE);
+        glShadeModel(t.shading ? GL_SMOOTH : GL_FLAT);
+        set_material_cached(t.mat);
+        bind_interleaved(t.data, 1);
+        glDrawArrays(GL_TRIANGLES, 0, t.data.count);
+    }
+    glDisableClientState(GL_NORMAL_ARRAY);
+    glDisable(GL_LIGHTING);
+    glShadeModel(GL_FLAT);
+    for (const Batch3d &l : b.lines) {
+        glColor3fv(index_to_material(l.mat)->rgb);
+        bind_interleaved(l.data, 0);
+        glDrawArrays(GL_LINES, 0, l.data.count);
+    }
+    render_state.cached_material = -1;
+    glDisableClientState(GL_VERTEX_ARRAY);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    for (Surface *s : b.direct_surfaces) draw_surface_direct_3d(s);
+    for (const auto &d : b.direct_objects) draw_object_direct(d.first, d.second, 3);
+    glShadeModel(GL_FLAT);
+}
+
+/* ---- the cache ---- */
+
+static OrthBatches orth_batches[3];
+static OrthBuild orth_build;
+static Batches3d batches_3d;
+static unsigned long built_generation[4], built_signature[4];
+static unsigned long orth_build_generation, orth_build_signature;
+
+static unsigned long mix(unsigned long h, long v)
+{
+    return (h ^ (unsigned long)v) * 1099511628211UL;
+}
+
+static unsigned long drawing_signature(int view)
+{
+    unsigned long h = 1469598103934665603UL;
+    const int values[] = {prefs.view_3d_mode,       prefs.show_vertices_3d, view_3d_textures,
+                          prefs.hide_objects_in_3d, prefs.show_vertices,    prefs.show_object_centres,
+                          selection.select_mode,    view == 3};
+    for (int v : values) h = mix(h, v);
+    return h;
+}
+
+static void orth_refresh_build(unsigned long sig)
+{
+    if (orth_build_generation == model_generation && orth_build_signature == sig) return;
+    orth_build = OrthBuild();
+    orth_collect(world, 0, orth_build);
+    orth_build_generation = model_generation;
+    orth_build_signature = sig;
+}
+
+int draw_model_batched(int view)
+{
+    if (!world || render_state.render_mode != GL_RENDER) return 0;
+    if (view == 3 && prefs.view_3d_mode != 0 && prefs.view_3d_mode != 1) return 0;
+    unsigned long sig = drawing_signature(view);
+    if (view == 3) {
+        if (built_generation[3] != model_generation || built_signature[3] != sig) {
+            build_3d(batches_3d);
+            built_generation[3] = model_generation;
+            built_signature[3] = sig;
+        }
+        draw_3d(batches_3d);
+        return 1;
+    }
+    orth_refresh_build(sig);
+    if (built_generation[view] != model_generation || built_signature[view] != sig) {
+        orth_upload(orth_batches[view], orth_build);
+        built_generation[view] = model_generation;
+        built_signature[view] = sig;
+    }
+    orth_draw(orth_batches[view], orth_build, view);
+    return 1;
+}

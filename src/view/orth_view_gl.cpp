@@ -1,0 +1,271 @@
+/*
+ * view/orth_view_gl.cpp - drawing an orthographic view: background, grid
+ * and axes, the model in parallel projection, vertex markers, the
+ * selection box with its handles and the 3D cursor; and the 2D drawing
+ * primitives in window pixels, including the XOR forms for rubber bands.
+ */
+#include "view/render_gl.h"
+#include "app/prefs.h"
+#include "core/internal.h"
+#include "edit/selection.h"
+#include "view/view_state.h"
+
+#include <GL/glu.h>
+
+#include <cmath>
+#include <cstring>
+#include <ctime>
+
+enum { BOX_MARGIN = 13, CURSOR_ARM = 20 };
+
+static int xor_uses_blending = 0;
+static int xor_on = 0;
+
+/* ---- 2D primitives (window pixels, origin top-left, y down) ---- */
+
+static void normalise_rect(int *x, int *y, int *w, int *h)
+{
+    if (*w < 0) {
+        *x += *w;
+        *w = -*w;
+    }
+    if (*h < 0) {
+        *y += *h;
+        *h = -*h;
+    }
+}
+
+void draw_line(int x1, int y1, int x2, int y2)
+{
+    glBegin(GL_LINES);
+    glVertex2f((float)x1 + 0.5f, (float)y1 + 0.5f);
+    glVertex2f((float)x2 + 0.5f, (float)y2 + 0.5f);
+    glEnd();
+    glFlush();
+}
+
+void draw_rect(int x, int y, int w, int h)
+{
+    normalise_rect(&x, &y, &w, &h);
+    glBegin(GL_LINE_LOOP);
+    glVertex2f(x + 0.5f, y + 0.5f);
+    glVertex2f(x + w + 0.5f, y + 0.5f);
+    glVertex2f(x + w + 0.5f, y + h + 0.5f);
+    glVertex2f(x + 0.5f, y + h + 0.5f);
+    glEnd();
+    glFlush();
+}
+
+void fill_rect(int x, int y, int w, int h)
+{
+    normalise_rect(&x, &y, &w, &h);
+    glRecti(x, y, x + w, y + h);
+    glFlush();
+}
+
+static void draw_ellipse(int x, int y, int w, int h)
+{
+    normalise_rect(&x, &y, &w, &h);
+    float cx = x + w * 0.5f, cy = y + h * 0.5f;
+    glBegin(GL_LINE_LOOP);
+    for (int i = 0; i < 64; i++) {
+        double a = i * 2 * 3.14159265358979323846 / 64;
+        glVertex2f(cx + (float)(w * 0.5 * std::cos(a)), cy + (float)(h * 0.5 * std::sin(a)));
+    }
+    glEnd();
+    glFlush();
+}
+
+void xor_mode(int on)
+{
+    if (on == xor_on) return;
+    xor_on = on;
+    if (on) {
+        glLineStipple(1, 0x0F0F);
+        if (xor_uses_blending) {
+            glEnable(GL_BLEND);
+            glBlendFunc(GL_ONE_MINUS_DST_COLOR, GL_ZERO);
+        } else {
+            glEnable(GL_COLOR_LOGIC_OP);
+            glLogicOp(GL_XOR);
+            glEnable(GL_LINE_STIPPLE);
+        }
+        glColor3ub(255, 255, 255);
+        return;
+    }
+    if (xor_uses_blending) {
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    } else {
+        glDisable(GL_COLOR_LOGIC_OP);
+        glDisable(GL_LINE_STIPPLE);
+    }
+}
+
+void xor_line(int x1, int y1, int x2, int y2)
+{
+    xor_mode(1);
+    draw_line(x1, y1, x2, y2);
+    xor_mode(0);
+}
+
+void xor_rect(int x, int y, int w, int h)
+{
+    xor_mode(1);
+    draw_rect(x, y, w, h);
+    xor_mode(0);
+}
+
+void xor_ellipse(int x, int y, int w, int h)
+{
+    xor_mode(1);
+    draw_ellipse(x, y, w, h);
+    xor_mode(0);
+}
+
+/* ---- projections ---- */
+
+static void pixel_projection(int width, int height)
+{
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    gluOrtho2D(0, width, height, 0);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+}
+
+static void model_projection(int view, int width, int height)
+{
+    const ViewState &v = views[view];
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(-width * 0.5, width * 0.5, -height * 0.5, height * 0.5, -100000.0, 100000.0);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    if (view == 2) glRotatef(90.0f, 1, 0, 0);
+    if (view == 1) glRotatef(90.0f, 0, 1, 0);
+    float s = v.scale;
+    glScalef(s, s, s);
+    glTranslatef(v.pan[0] / s, -v.pan[1] / s, v.pan[2] / s);
+}
+
+/* ---- grid, markers, box, cursor ---- */
+
+static void draw_orth_grid(int view, int width, int height)
+{
+    float spacing = views[view].scale * (float)prefs.drawgrid;
+    if (!prefs.show_drawgrid || !(spacing >= 5.0f)) return;
+    const float top_left[3] = {0, 0, 0};
+    float p[3];
+    screen2point(top_left, p, view);
+    float g = (float)prefs.drawgrid;
+    snap_to_grid_float(p, g, g, g);
+    int x0, y0;
+    point2xy(p, &x0, &y0, view);
+    set_col(7);
+    glBegin(GL_LINES);
+    for (float off = 0; off < width; off += spacing) {
+        glVertex2f(x0 + off + 0.5f, 0);
+        glVertex2f(x0 + off + 0.5f, (float)height);
+    }
+    for (float off = 0; off < height; off += spacing) {
+        glVertex2f(0, y0 + off + 0.5f);
+        glVertex2f((float)width, y0 + off + 0.5f);
+    }
+    glEnd();
+    const float origin[3] = {0, 0, 0};
+    int ox, oy;
+    point2xy(origin, &ox, &oy, view);
+    set_col(8);
+    glBegin(GL_LINES);
+    glVertex2f(ox + 0.5f, 0);
+    glVertex2f(ox + 0.5f, (float)height);
+    glVertex2f(1, oy + 0.5f);
+    glVertex2f((float)(width - 1), oy + 0.5f);
+    glEnd();
+}
+
+static void draw_vert_size(const Vertex *vertex, int view, int size)
+{
+    int x, y;
+    point2xy(vertex->point, &x, &y, view);
+    if (size <= 1) {
+        glBegin(GL_POINTS);
+        glVertex2f(x + 0.5f, y + 0.5f);
+        glEnd();
+        return;
+    }
+    int x0 = x - size / 2, y0 = y - size / 2;
+    if (prefs.handles_hollow) draw_rect(x0, y0, size, size);
+    else glRecti(x0, y0, x0 + size, y0 + size);
+}
+
+static void draw_selected_markers(int view)
+{
+    if (!prefs.show_selected_vertices) return;
+    set_col(5);
+    for (List *v = selection.selected_vertices; v; v = v->next) {
+        draw_vert_size((const Vertex *)v->item, view, prefs.vert_size);
+    }
+}
+
+static void draw_bounding_box(int view)
+{
+    int x1, y1, x2, y2;
+    point2xy(selection.box_min, &x1, &y1, view);
+    point2xy(selection.box_max, &x2, &y2, view);
+    int left = (x1 < x2 ? x1 : x2) - BOX_MARGIN, right = (x1 > x2 ? x1 : x2) + BOX_MARGIN;
+    int top = (y1 < y2 ? y1 : y2) - BOX_MARGIN, bottom = (y1 > y2 ? y1 : y2) + BOX_MARGIN;
+    set_col(6);
+    draw_rect(left, top, right - left, bottom - top);
+    if (!views[view].handles) return;
+    int hs = prefs.handle_size;
+    int mx = (left + right) / 2 - hs / 2, my = (top + bottom) / 2 - hs / 2;
+    const int squares[8][2] = {{left, top},           {left, bottom - hs}, {right - hs, bottom - hs},
+                               {right - hs, top},     {mx, top},           {mx, bottom - hs},
+                               {left, my},            {right - hs, my}};
+    for (const auto &sq : squares) glRecti(sq[0], sq[1], sq[0] + hs, sq[1] + hs);
+}
+
+static void draw_3d_cursor(int view)
+{
+    int x, y;
+    point2xy(cursor_3d, &x, &y, view);
+    xor_mode(1);
+    glDisable(GL_LINE_STIPPLE);
+    glBegin(GL_LINES);
+    glVertex2f(x - CURSOR_ARM + 0.5f, y + 0.5f);
+    glVertex2f(x + CURSOR_ARM + 0.5f, y + 0.5f);
+    glVertex2f(x + 0.5f, y - CURSOR_ARM + 0.5f);
+    glVertex2f(x + 0.5f, y + CURSOR_ARM + 0.5f);
+    glEnd();
+    xor_mode(0);
+}
+
+void redraw_orth_real(int view, int width, int height, int double_buffered)
+{
+    if (width < 1 || height < 1) return;
+    const char *version = (const char *)glGetString(GL_VERSION);
+    xor_uses_blending = version && strncmp(version, "1.0", 3) == 0;
+    glDrawBuffer(double_buffered ? GL_BACK : GL_FRONT);
+    glViewport(0, 0, width, height);
+    glDisable(GL_DEPTH_TEST);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_CULL_FACE);
+    float bg[3];
+    long_rgb_to_floats(prefs.col_background, &bg[0], &bg[1], &bg[2]);
+    glClearColor(bg[0], bg[1], bg[2], 0.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    pixel_projection(width, height);
+    draw_orth_grid(view, width, height);
+    model_projection(view, width, height);
+    render_state.orth_drawing = 1;
+    clock_t start = debug_flag ? clock() : 0;
+    draw_model(view);
+    if (debug_flag) console_printf("ORTH %d TIME %d\n", view, (int)((clock() - start) * 1000 / CLOCKS_PER_SEC));
+    render_state.orth_drawing = 0;
+    pixel_projection(width, height);
+    draw_selected_markers(view);
+    if (!nothing_is_selected()) draw_bounding_box(view);
+    draw_3d_cursor(view);
+    glFlush();
+}

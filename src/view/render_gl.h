@@ -1,0 +1,55 @@
+/*
+ * view/render_gl.h - OpenGL drawing of the views: the object walk shared
+ * by the orthographic views and the 3D view, the 3D frame, the
+ * orthographic frame, and the per-view GL state they keep.
+ */
+#ifndef VESK_VIEW_RENDER_GL_H
+#define VESK_VIEW_RENDER_GL_H
+
+#include "vesk.h"
+
+#include <GL/gl.h>
+
+struct RenderState {
+    GLenum render_mode;       /* GL_RENDER, or GL_SELECT while picking */
+    int orth_drawing;         /* 1 while an orthographic view is drawn */
+    int cached_material;      /* palette index last given to glMaterial */
+    int light_count;
+    int use_display_lists_for_textures;
+    int texture_object_extension;
+    int lighting_enabled;
+    float texture_repeat[2];
+};
+
+extern RenderState render_state;
+
+/* Colour table of the orthographic views (indices into colour prefs). */
+void set_col(int index);
+/* Draws object and its descendants for one view (0-3). */
+void draw_object_tree(Object *object, int selected, int view);
+/* Draws the whole model for a view: from the view's buffers when they
+ * can express it, else surface by surface. */
+void draw_model(int view);
+int draw_model_batched(int view);
+void set_material_cached(int index);
+void draw_surface_direct_3d(const Surface *s);
+void draw_object_direct(Object *o, int selected, int view);
+void draw_object_centre(Object *o, int selected, int view);
+
+void init_3d_gl(int width, int height);
+void setup_projection_3d(int width, int height);
+void redraw_3d_real(int width, int height, int double_buffered);
+void render_clear_lights(void);
+void render_lights_off(void);
+
+void redraw_orth_real(int view, int width, int height, int double_buffered);
+/* XOR drawing of rubber bands in the current orthographic view. */
+void xor_mode(int on);
+void xor_line(int x1, int y1, int x2, int y2);
+void xor_rect(int x, int y, int w, int h);
+void xor_ellipse(int x, int y, int w, int h);
+void draw_line(int x1, int y1, int x2, int y2);
+void draw_rect(int x, int y, int w, int h);
+void fill_rect(int x, int y, int w, int h);
+
+#endif

@@ -1,0 +1,82 @@
+/*
+ * view/view_commands.cpp - the commands that control the views and the
+ * 3D camera: zoom, fit, go-to, reset, redraw, the 3D view's centre and
+ * mode, and the queries of the 3D cursor and the lights.  They change view
+ * state and ask for redraws, so they work headless too.
+ */
+#include "app/commands.h"
+#include "app/shared_state.h"
+#include "core/lights.h"
+#include "edit/selection.h"
+#include "view/camera.h"
+#include "view/redraw.h"
+#include "view/view_state.h"
+
+int command_do_perspective(void)
+{
+    /* The projection is set up from the window size and fov_3d at every
+     * redraw of the 3D view. */
+    return redraw_3d();
+}
+
+int tcl_get_3d_cursor(void)
+{
+    command_result_appendf("%g %g %g", cursor_3d[0], cursor_3d[1], cursor_3d[2]);
+    return 1;
+}
+
+int command_get_lights(void)
+{
+    const char *sep = "";
+    for (List *l = vk_get_lights_list(); l; l = l->next, sep = " ") {
+        command_result_appendf("%s%u", sep, object_handle((Object *)l->item));
+    }
+    return 1;
+}
+
+static int centre_3d_view_on(const float *p)
+{
+    person_set_offset(p);
+    return redraw_3d();
+}
+
+int set_3d_view_selection(void)
+{
+    if (nothing_is_selected()) {
+        display_message("nothing selected");
+        return 0;
+    }
+    float c[3];
+    for (int i = 0; i < 3; i++) {
+        c[i] = selection.box_min[i] + (selection.box_max[i] - selection.box_min[i]) * 0.5f;
+    }
+    return centre_3d_view_on(c);
+}
+
+int set_3d_view_cursor(void) { return centre_3d_view_on(cursor_3d); }
+
+int set_3d_view_origin(void)
+{
+    const float origin[3] = {0, 0, 0};
+    return centre_3d_view_on(origin);
+}
+
+int command_set_walk_viewer(void)
+{
+    person_set_walk();
+    return redraw_3d();
+}
+
+int command_set_spin_viewer(void)
+{
+    person_set_spin();
+    return redraw_3d();
+}
+
+int about_menu(void)
+{
+    const char *about = "VESK v2.0 - a polygon modeller for building 3D models by hand.";
+    console_printf("%s\n", about);
+    command_result_set(about);
+    return 1;
+}

@@ -1,0 +1,830 @@
+# veskops.tcl - the operations behind the menus and tools: the look shared
+# by every window (theme and fonts), calling the core, small dialogs that
+# ask for values before a command runs, file dialogs, the file operations
+# (new, open, save, import, export, render, quit), result windows, the
+# Tcl console and the scripting socket.
+#
+# The core calls the global procedures get_opentexturename and
+# get_savefilename defined here.  Every dialog is non-modal: it calls its
+# command when the user presses OK, so nothing here waits in a local event
+# loop except the standard file choosers and the unsaved-changes question.
+
+namespace eval ::vesk::ops {
+    # Number of windows opened by show_text, for unique widget names.
+    variable text_windows 0
+    # Scripting socket: the checkbutton variable, the server channel and
+    # the partial input of each client.
+    variable socket_on 0
+    variable server ""
+    variable clients
+    array set clients {}
+    # A client that sends more than this without completing a command is
+    # cut off, so that a stray sender cannot grow memory without bound.
+    variable socket_input_limit 1048576
+
+    # File types of the dialogs, by kind.
+    variable filetypes
+    array set filetypes {
+        vk       {{{VESK files} {.vk}} {{All files} *}}
+        3ds      {{{3D Studio files} {.3ds}} {{All files} *}}
+        dxf      {{{DXF files} {.dxf}} {{All files} *}}
+        tri      {{{Triangle files} {.tri}} {{All files} *}}
+        lwo      {{{Lightwave files} {.lwo .lws}} {{All files} *}}
+        wrl      {{{VRML files} {.wrl}} {{All files} *}}
+        iv       {{{Inventor files} {.iv}} {{All files} *}}
+        pov      {{{POV-Ray files} {.pov}} {{All files} *}}
+        rib      {{{RenderMan files} {.rib}} {{All files} *}}
+        image    {{{Image files} {.gif .rgb .bmp}} {{All files} *}}
+        plugin   {{{Plug-in libraries} {.so}} {{All files} *}}
+        tclplugin {{{Tcl plug-ins} {.tcl}} {{All files} *}}
+        any      {{{All files} *}}
+    }
+}
+
+# ---- look ----
+
+# Returns the font description when its family is installed, else "".
+proc ::vesk::ops::usable_font {description} {
+    if {[catch {lindex $description 0} family] || $family eq ""} { return "" }
+    if {[lsearch -exact -nocase [font families] $family] < 0} { return "" }
+    if {[catch {font actual $description}]} { return "" }
+    return $description
+}
+
+# Copies the attributes of a font description onto one of Tk's named fonts.
+proc ::vesk::ops::apply_font {named description} {
+    if {$description eq ""} { return }
+    font configure $named {*}[font actual $description]
+}
+
+# The preference fonts, each only when its family exists on this machine;
+# otherwise Tk's own default fonts stay.
+proc ::vesk::ops::apply_fonts {} {
+    set main ""
+    set menu ""
+    if {[info exists ::prefs_font_main]} { set main [usable_font $::prefs_font_main] }
+    if {[info exists ::prefs_font_menu]} { set menu [usable_font $::prefs_font_menu] }
+    apply_font TkDefaultFont $main
+    apply_font TkTextFont $main
+    apply_font TkMenuFont $menu
+}
+
+# A current theme and the fonts.
+proc ::vesk::ops::setup_look {} {
+    foreach theme {clam alt} {
+        if {[lsearch -exact [ttk::style theme names] $theme] >= 0} {
+            ttk::style theme use $theme
+            break
+        }
+    }
+    apply_fonts
+
+    # Classic widgets (menus, canvases, text) take the theme's colours.
+    set bg [ttk::style lookup . -background]
+    set fg [ttk::style lookup . -foreground]
+    set selbg [ttk::style lookup . -selectbackground focus]
+    if {$bg eq ""} { set bg #dcdad5 }
+    if {$fg eq ""} { set fg black }
+    if {$selbg eq ""} { set selbg #4a6984 }
+    . configure -background $bg
+    option add *Menu.background $bg
+    option add *Menu.foreground $fg
+    option add *Menu.activeBackground $selbg
+    option add *Menu.activeForeground white
+    option add *Menu.relief solid
+    option add *Menu.activeBorderWidth 0
+    option add *Menu.borderWidth 1
+    option add *Menu.tearOff 0
+    option add *Toplevel.background $bg
+    option add *Canvas.background $bg
+    option add *Canvas.highlightThickness 0
+    option add *Text.background white
+    option add *Text.relief flat
+    option add *Text.highlightThickness 0
+
+    ttk::style configure Hint.TLabel -foreground #555555
+    ttk::style configure Toolbutton -padding {6 2} -anchor w
+    # The chosen tool stands out clearly from the others.
+    ttk::style map Toolbutton \
+        -background [list selected $selbg pressed #bab5ab active #eeebe7] \
+        -foreground [list selected white] \
+        -lightcolor [list selected $selbg pressed #bab5ab] \
+        -darkcolor [list selected $selbg pressed #bab5ab] \
+        -relief [list selected flat pressed sunken active raised]
+}
+
+# ---- calling the core ----
+
+# Shows a message on the status line (or on stdout before it exists).
+proc ::vesk::ops::message {text} {
+    if {[info commands ::display_message] ne ""} {
+        ::display_message $text
+    } else {
+        puts $text
+    }
+}
+
+# Runs one internal command; its answer is returned.  A dispatch failure
+# that the core only reports in its answer is shown on the status line.
+proc ::vesk::ops::run {args} {
+    set result [vesk {*}$args]
+    if {$result eq "command not found" || [string match "incorrect number of args*" $result]} {
+        message "[lindex $args 0]: $result"
+    }
+    return $result
+}
+
+proc ::vesk::ops::no_questions {} {
+    return [expr {[info exists ::vesk_no_questions] && $::vesk_no_questions eq "1"}]
+}
+
+proc ::vesk::ops::unsaved {} {
+    return [expr {[info exists ::unsaved_changes] && [string is true -strict $::unsaved_changes]}]
+}
+
+# ---- file dialogs ----
+
+# Converts the core's filter text "{ { Description} { .a .b } } ..." into a
+# -filetypes list {{Description {.a .b}} ...}; anything unreadable gives
+# the all-files filter alone.
+proc ::vesk::ops::filters_to_filetypes {filters} {
+    set result {}
+    if {[catch {llength $filters}]} { return {{{All files} *}} }
+    foreach pair $filters {
+        if {[catch {llength $pair} n] || $n != 2} { continue }
+        set description [string trim [lindex $pair 0]]
+        if {[catch {lmap p [lindex $pair 1] {string trim $p}} patterns]} { continue }
+        if {$description eq "" || [llength $patterns] == 0} { continue }
+        lappend result [list $description $patterns]
+    }
+    if {[llength $result] == 0} { return {{{All files} *}} }
+    return $result
+}
+
+# The parent of a dialog: the main window when it is mapped.
+proc ::vesk::ops::dialog_parent {} {
+    set w [focus]
+    if {$w ne "" && [winfo exists $w]} { return [winfo toplevel $w] }
+    return .
+}
+
+# Centres a new dialog over the main window.
+proc ::vesk::ops::place_dialog {w} {
+    if {![winfo ismapped .]} { return }
+    catch {::tk::PlaceWindow $w widget .}
+}
+
+proc ::vesk::ops::choose_open_file {title filetypes} {
+    return [tk_getOpenFile -parent [dialog_parent] -title $title -filetypes $filetypes]
+}
+
+proc ::vesk::ops::choose_save_file {title filetypes {extension ""}} {
+    set options [list -parent [dialog_parent] -title $title -filetypes $filetypes]
+    if {$extension ne ""} { lappend options -defaultextension $extension }
+    return [tk_getSaveFile {*}$options]
+}
+
+# Open-file dialog for the core (textures, background images, plug-ins).
+proc ::get_opentexturename {title filters} {
+    return [::vesk::ops::choose_open_file $title [::vesk::ops::filters_to_filetypes $filters]]
+}
+
+# Save-file dialog for the core and plug-in exporters.
+proc ::get_savefilename {title filters} {
+    return [::vesk::ops::choose_save_file $title [::vesk::ops::filters_to_filetypes $filters]]
+}
+
+# Asks for a file to read, then runs "vesk COMMAND FILE ARGS...".
+proc ::vesk::ops::with_open_file {title kind command args} {
+    variable filetypes
+    set file [choose_open_file $title $filetypes($kind)]
+    if {$file eq ""} { return "" }
+    return [run $command $file {*}$args]
+}
+
+# Asks for a file to write, then runs "vesk COMMAND FILE ARGS...".
+proc ::vesk::ops::with_save_file {title kind command args} {
+    variable filetypes
+    set extension [lindex $filetypes($kind) 0 1 0]
+    if {$extension eq "*"} { set extension "" }
+    set file [choose_save_file $title $filetypes($kind) $extension]
+    if {$file eq ""} { return "" }
+    return [run $command $file {*}$args]
+}
+
+# ---- the model file ----
+
+proc ::vesk::ops::current_file {} {
+    if {[info exists ::current_file_name]} { return $::current_file_name }
+    return ""
+}
+
+proc ::vesk::ops::set_current_file {path} {
+    set ::current_file_name $path
+    if {[info commands ::sync_ui] ne ""} { ::sync_ui }
+}
+
+# Before the model is thrown away: 1 to go on, 0 to stop.  Offers to save.
+proc ::vesk::ops::may_discard {action} {
+    if {![unsaved] || [no_questions]} { return 1 }
+    set answer [tk_messageBox -parent . -icon warning -type yesnocancel -default yes \
+        -title $action -message "The model has unsaved changes." \
+        -detail "Save them before you go on?"]
+    switch -- $answer {
+        yes { return [expr {[save_model] && ![unsaved]}] }
+        no { return 1 }
+        default { return 0 }
+    }
+}
+
+proc ::vesk::ops::new_model {} {
+    if {![may_discard "New model"]} { return }
+    run clear_all
+    set_current_file ""
+}
+
+proc ::vesk::ops::open_model {} {
+    variable filetypes
+    if {![may_discard "Open model"]} { return }
+    set file [choose_open_file "Open a VESK model" $filetypes(vk)]
+    if {$file eq ""} { return }
+    run clear_all
+    # The file is the model only when nothing else was there before; the
+    # core leaves unsaved_changes set when the file was merged.
+    if {[run load_vk $file] eq "1" && ![unsaved]} { set_current_file $file }
+}
+
+# Adds a model file to the one being edited.
+proc ::vesk::ops::merge_model {} {
+    with_open_file "Merge a VESK model" vk load_vk
+}
+
+# Returns 1 when the model was written.
+proc ::vesk::ops::save_model {} {
+    set file [current_file]
+    if {$file eq ""} { return [save_model_as] }
+    return [expr {[run save_vk $file] eq "1"}]
+}
+
+proc ::vesk::ops::save_model_as {} {
+    variable filetypes
+    set file [choose_save_file "Save the model as" $filetypes(vk) .vk]
+    if {$file eq ""} { return 0 }
+    if {[run save_vk $file] ne "1"} { return 0 }
+    set_current_file $file
+    return 1
+}
+
+proc ::vesk::ops::save_selection {} {
+    with_save_file "Save the selection as" vk save_selection_vk
+}
+
+# Evaluates the render command of the preferences.
+proc ::vesk::ops::render {} {
+    if {![info exists ::prefs_render_command] || [string trim $::prefs_render_command] eq ""} {
+        message "render: no render command is set in the preferences"
+        return
+    }
+    message "rendering..."
+    if {[catch {uplevel #0 $::prefs_render_command} error]} {
+        message "render command failed: $error"
+        return
+    }
+    message "render command started"
+}
+
+proc ::vesk::ops::quit {} {
+    if {![may_discard "Quit VESK"]} { return }
+    socket_stop 1
+    exit
+}
+
+# ---- dialogs asking for values ----
+
+# A small non-modal dialog: one labelled entry per value.  OK checks every
+# value by its kind (int, float or string) and then calls
+# "vesk COMMAND VALUES...".  Returns the dialog's path.
+#   fields: list of {label kind default}
+proc ::vesk::ops::ask {command title fields {hint ""}} {
+    variable ask_value
+    set w .ask_$command
+    destroy $w
+    toplevel $w
+    wm title $w $title
+    wm transient $w .
+    wm resizable $w 0 0
+    set f [ttk::frame $w.f -padding 12]
+    pack $f -fill both -expand 1
+    set row 0
+    if {$hint ne ""} {
+        grid [ttk::label $f.hint -text $hint -style Hint.TLabel -wraplength 280] \
+            -row $row -column 0 -columnspan 2 -sticky w -pady {0 8}
+        incr row
+    }
+    set index 0
+    foreach field $fields {
+        lassign $field label kind default
+        set ask_value($command,$index) $default
+        ttk::label $f.l$index -text $label
+        ttk::entry $f.e$index -width [expr {$kind eq "string" ? 32 : 12}] \
+            -textvariable ::vesk::ops::ask_value($command,$index)
+        grid $f.l$index -row $row -column 0 -sticky w -padx {0 8} -pady 2
+        grid $f.e$index -row $row -column 1 -sticky ew -pady 2
+        incr row
+        incr index
+    }
+    grid columnconfigure $f 1 -weight 1
+    set b [ttk::frame $f.buttons]
+    grid $b -row $row -column 0 -columnspan 2 -sticky e -pady {12 0}
+    ttk::button $b.ok -text OK -default active \
+        -command [list ::vesk::ops::ask_ok $w $command $fields]
+    ttk::button $b.cancel -text Cancel -command [list destroy $w]
+    pack $b.cancel $b.ok -side right -padx {6 0}
+    bind $w <Return> [list $b.ok invoke]
+    bind $w <KP_Enter> [list $b.ok invoke]
+    bind $w <Escape> [list destroy $w]
+    place_dialog $w
+    if {[winfo exists $f.e0]} {
+        focus $f.e0
+        $f.e0 selection range 0 end
+    }
+    return $w
+}
+
+# The error text for one typed value, or "" when it suits its kind.
+proc ::vesk::ops::check_value {kind label value} {
+    if {$kind eq "int" && ![string is integer -strict $value]} {
+        return "$label: \"$value\" is not a whole number"
+    }
+    if {$kind eq "float" && ![string is double -strict $value]} {
+        return "$label: \"$value\" is not a number"
+    }
+    return ""
+}
+
+# The values of an ask dialog, checked; "" (with a message) when one is bad.
+proc ::vesk::ops::ask_values {command fields} {
+    variable ask_value
+    set values {}
+    set index 0
+    foreach field $fields {
+        lassign $field label kind
+        set value $ask_value($command,$index)
+        if {$kind ne "string"} { set value [string trim $value] }
+        set error [check_value $kind $label $value]
+        if {$error ne ""} {
+            message $error
+            return -code error $error
+        }
+        lappend values $value
+        incr index
+    }
+    return $values
+}
+
+# Runs the command of an ask dialog when all its values are good.
+proc ::vesk::ops::ask_ok {w command fields} {
+    if {[catch {ask_values $command $fields} values]} { return }
+    destroy $w
+    run $command {*}$values
+}
+
+# Asks a new value for one setting variable, stores it, then runs
+# "vesk COMMAND" so that the core takes it up.
+proc ::vesk::ops::ask_setting {name title label kind command} {
+    set current [expr {[info exists ::$name] ? [set ::$name] : ""}]
+    set fields [list [list $label $kind $current]]
+    set w [ask $command $title $fields]
+    $w.f.buttons.ok configure -command [list ::vesk::ops::ask_setting_ok $w $name $command $fields]
+    return $w
+}
+
+proc ::vesk::ops::ask_setting_ok {w name command fields} {
+    if {[catch {ask_values $command $fields} values]} { return }
+    if {[catch {set ::$name [lindex $values 0]} error]} {
+        message "can't set $name: $error"
+        return
+    }
+    destroy $w
+    run $command
+}
+
+# The dialogs of the commands that take values, by command name: title,
+# a hint, and the fields {label kind default}.  A "defaults" script, when
+# given, supplies the default values from the current state.
+namespace eval ::vesk::ops {
+    variable dialogs {
+        move {
+            title "Move selection" hint "Move the selection by this distance."
+            fields {{X float 0} {Y float 0} {Z float 0}}
+        }
+        move_to {
+            title "Move selection to" hint "Move the centre of the selection to this point."
+            fields {{X float 0} {Y float 0} {Z float 0}}
+            defaults {::vesk::ops::selection_vector get_selection_centre {0 0 0}}
+        }
+        rotate {
+            title "Rotate selection" hint "Rotate the selection about the origin."
+            fields {{{X degrees} float 0} {{Y degrees} float 0} {{Z degrees} float 0}}
+        }
+        rotate_about {
+            title "Rotate selection about a point" hint "Rotate the selection about the given centre."
+            fields {{{X degrees} float 0} {{Y degrees} float 0} {{Z degrees} float 0}
+                    {{Centre X} float 0} {{Centre Y} float 0} {{Centre Z} float 0}}
+            defaults {list 0 0 0 {*}[::vesk::ops::selection_vector get_selection_centre {0 0 0}]}
+        }
+        scale {
+            title "Scale selection" hint "Scale the selection about its centre."
+            fields {{{X factor} float 1} {{Y factor} float 1} {{Z factor} float 1}}
+        }
+        size_to {
+            title "Size selection to" hint "Give the selection this size."
+            fields {{Width float 1} {Height float 1} {Depth float 1}}
+            defaults {::vesk::ops::selection_vector get_selection_size {1 1 1}}
+        }
+        object_explode {
+            title "Explode" hint "Fragment the selected objects and move their surfaces apart."
+            fields {{Distance float 0.1}}
+        }
+        set_texture_repeats {
+            title "Texture repeats" hint "How often the texture repeats across the selected objects."
+            fields {{{Repeat X} float 1} {{Repeat Y} float 1}}
+        }
+        set_texture {
+            title "Set texture" hint "Texture numbers start at 1, in the order the textures were loaded."
+            fields {{{Texture number} int 1}}
+        }
+        texture_set {
+            title "Apply texture" hint "Give the selected objects and their children this texture."
+            fields {{{Texture number} int 1}}
+        }
+        select_by_name {
+            title "Select by name" hint "Select the objects with this name."
+            fields {{Name string ""}}
+        }
+        unselect_by_name {
+            title "Unselect by name" hint "Remove the objects with this name from the selection."
+            fields {{Name string ""}}
+        }
+        add_text {
+            title "Add text" hint "Add the text as a new object made from the font model."
+            fields {{Text string ""}}
+        }
+        create_text {
+            title "New text object" hint "Make a new object spelling the text."
+            fields {{Text string ""}}
+        }
+        set_current_object_name {
+            title "Object name" hint "The name of the current object."
+            fields {{Name string ""}}
+            defaults {::vesk::ops::current_object_property object_get_name}
+        }
+        set_current_object_url {
+            title "Object URL" hint "The url of the current object."
+            fields {{URL string ""}}
+            defaults {::vesk::ops::current_object_property object_get_url}
+        }
+        set_current_object_data {
+            title "Object data" hint "The data string of the current object."
+            fields {{Data string ""}}
+            defaults {::vesk::ops::current_object_property object_get_data}
+        }
+        execute {
+            title "Run a system command" hint "Runs in the background through the shell."
+            fields {{Command string ""}}
+        }
+        execute_surface_filter {
+            title "Run a surface filter" hint "Runs a filter added by a plug-in on every selected surface."
+            fields {{{Filter name} string ""}}
+        }
+    }
+}
+
+# The selection's centre or size from the core, or the fallback.
+proc ::vesk::ops::selection_vector {query fallback} {
+    set v [vesk $query]
+    if {[catch {llength $v} n] || $n != 3} { return $fallback }
+    foreach c $v {
+        if {![string is double -strict $c]} { return $fallback }
+    }
+    return $v
+}
+
+# Opens the dialog of a command that takes values.
+proc ::vesk::ops::ask_for {command} {
+    variable dialogs
+    if {![dict exists $dialogs $command]} {
+        message "no dialog for \"$command\""
+        return ""
+    }
+    set dialog [dict get $dialogs $command]
+    set fields [dict get $dialog fields]
+    if {[dict exists $dialog defaults]} {
+        set values [uplevel #0 [dict get $dialog defaults]]
+        set filled {}
+        foreach field $fields value $values {
+            if {$field eq ""} { break }
+            lappend filled [lreplace $field 2 2 $value]
+        }
+        set fields $filled
+    }
+    return [ask $command [dict get $dialog title] $fields [dict get $dialog hint]]
+}
+
+# Asks one whole number, e.g. an object id.
+proc ::vesk::ops::ask_int {command title label {default 1} {hint ""}} {
+    return [ask $command $title [list [list $label int $default]] $hint]
+}
+
+# The id of the first selected object, or "".
+proc ::vesk::ops::first_selected_object {} {
+    set ids [vesk get_selected_objects]
+    if {[catch {lindex $ids 0} id]} { return "" }
+    return $id
+}
+
+# A text property of the first selected object, for a dialog's default.
+proc ::vesk::ops::current_object_property {getter} {
+    set id [first_selected_object]
+    if {$id eq ""} { return [list ""] }
+    return [list [vesk $getter $id]]
+}
+
+# Asks, unless questions are off, then runs the command.
+proc ::vesk::ops::confirm {title question command args} {
+    if {![no_questions]} {
+        set answer [tk_messageBox -parent . -icon question -type okcancel -default cancel \
+            -title $title -message $question]
+        if {$answer ne "ok"} { return }
+    }
+    run $command {*}$args
+}
+
+# ---- object ids ----
+
+# Asks for an object id (the first selected object by default) and runs
+# the command with it.  With show set, the answer opens in a window.
+proc ::vesk::ops::ask_object {command title {show 0}} {
+    set w [ask_int $command $title "Object id" [first_selected_object] \
+        "The first selected object is filled in; Tools > Inspect shows the ids of others."]
+    if {$show} {
+        $w.f.buttons.ok configure -command [list ::vesk::ops::ask_object_show $w $command $title]
+    }
+    return $w
+}
+
+proc ::vesk::ops::ask_object_show {w command title} {
+    if {[catch {ask_values $command {{{Object id} int}}} values]} { return }
+    set id [lindex $values 0]
+    destroy $w
+    show_text "$title $id" [run $command $id]
+}
+
+# Runs a query command and shows its answer in a window.
+proc ::vesk::ops::show_result {title command args} {
+    return [show_text $title [run $command {*}$args]]
+}
+
+# ---- text windows ----
+
+# A read-only text window; returns its path.
+proc ::vesk::ops::show_text {title text} {
+    variable text_windows
+    set w .text[incr text_windows]
+    toplevel $w
+    wm title $w $title
+    set f [ttk::frame $w.f -padding 6]
+    pack $f -fill both -expand 1
+    text $f.t -width 80 -height 24 -wrap none -font TkFixedFont \
+        -yscrollcommand [list $f.y set] -xscrollcommand [list $f.x set]
+    ttk::scrollbar $f.y -orient vertical -command [list $f.t yview]
+    ttk::scrollbar $f.x -orient horizontal -command [list $f.t xview]
+    ttk::button $f.close -text Close -command [list destroy $w]
+    grid $f.t $f.y -sticky nsew
+    grid $f.x -sticky ew
+    grid $f.close -sticky e -pady {6 0}
+    grid rowconfigure $f 0 -weight 1
+    grid columnconfigure $f 0 -weight 1
+    if {$text eq ""} { set text "(nothing)" }
+    $f.t insert end $text
+    $f.t configure -state disabled
+    bind $w <Escape> [list destroy $w]
+    place_dialog $w
+    return $w
+}
+
+proc ::vesk::ops::list_commands {} {
+    show_result "VESK commands" list
+}
+
+# ---- about ----
+
+proc ::vesk::ops::about {} {
+    set w .about
+    destroy $w
+    toplevel $w
+    wm title $w "About VESK"
+    wm transient $w .
+    wm resizable $w 0 0
+    set version "VESK"
+    if {[info exists ::vesk_version_string] && $::vesk_version_string ne ""} {
+        set version $::vesk_version_string
+    }
+    set f [ttk::frame $w.f -padding 16]
+    pack $f -fill both -expand 1
+    ttk::label $f.name -text $version -font {-size 14 -weight bold}
+    ttk::label $f.what -text "A polygon modeller"
+    ttk::label $f.credits -style Hint.TLabel -justify center \
+        -text "Models are trees of objects with their own vertices and surfaces.\nTcl [info patchlevel], Tk [package present Tk]"
+    ttk::button $f.ok -text OK -command [list destroy $w]
+    pack $f.name $f.what -pady {0 4}
+    pack $f.credits -pady {4 12}
+    pack $f.ok
+    bind $w <Return> [list destroy $w]
+    bind $w <Escape> [list destroy $w]
+    place_dialog $w
+    focus $f.ok
+}
+
+# ---- Tcl console ----
+
+# Tk's console where the platform has one, else a small window that
+# evaluates what is typed at global level.
+proc ::vesk::ops::console {} {
+    if {[info commands ::console] ne ""} {
+        ::console show
+        return
+    }
+    set w .console
+    if {[winfo exists $w]} {
+        wm deiconify $w
+        raise $w
+        focus $w.f.entry
+        return
+    }
+    variable console_history {}
+    variable console_position 0
+    variable console_line ""
+    toplevel $w
+    wm title $w "VESK Tcl console"
+    set f [ttk::frame $w.f -padding 6]
+    pack $f -fill both -expand 1
+    text $f.out -width 80 -height 20 -wrap word -font TkFixedFont -yscrollcommand [list $f.y set]
+    ttk::scrollbar $f.y -orient vertical -command [list $f.out yview]
+    ttk::entry $f.entry -font TkFixedFont -textvariable ::vesk::ops::console_line
+    grid $f.out $f.y -sticky nsew
+    grid $f.entry - -sticky ew -pady {6 0}
+    grid rowconfigure $f 0 -weight 1
+    grid columnconfigure $f 0 -weight 1
+    $f.out tag configure command -foreground #2a5db0
+    $f.out tag configure error -foreground #b02a2a
+    $f.out insert end "Type Tcl commands; \"vesk list\" lists the internal commands.\n"
+    $f.out configure -state disabled
+    bind $f.entry <Return> ::vesk::ops::console_eval
+    bind $f.entry <Up> {::vesk::ops::console_recall -1}
+    bind $f.entry <Down> {::vesk::ops::console_recall 1}
+    focus $f.entry
+}
+
+proc ::vesk::ops::console_eval {} {
+    variable console_line
+    variable console_history
+    variable console_position
+    set command $console_line
+    set console_line ""
+    if {[string trim $command] eq ""} { return }
+    lappend console_history $command
+    set console_position [llength $console_history]
+    set tag {}
+    if {[catch {uplevel #0 $command} result]} { set tag error }
+    set out .console.f.out
+    if {![winfo exists $out]} { return }
+    $out configure -state normal
+    $out insert end "% $command\n" command
+    if {$result ne ""} { $out insert end "$result\n" $tag }
+    $out configure -state disabled
+    $out see end
+}
+
+proc ::vesk::ops::console_recall {step} {
+    variable console_history
+    variable console_position
+    variable console_line
+    set n [llength $console_history]
+    set console_position [expr {max(0, min($n, $console_position + $step))}]
+    set console_line [lindex $console_history $console_position]
+    .console.f.entry icursor end
+}
+
+# ---- scripting socket ----
+#
+# Off until the user turns it on.  It listens on the loopback address only.
+# Each client sends Tcl commands, one per line (a command may span lines
+# until it is complete); each is evaluated at global level and answered
+# with one line: the result, or "error: " and the message.  Newlines in the
+# answer are sent as \n and backslashes as \\, so that one answer is always
+# one line.
+
+proc ::vesk::ops::socket_toggle {} {
+    variable socket_on
+    if {$socket_on} { socket_start } else { socket_stop }
+}
+
+# Returns 1 when the server listens.
+proc ::vesk::ops::socket_start {} {
+    variable server
+    variable socket_on
+    if {$server ne ""} { return 1 }
+    set port [expr {[info exists ::tcl_socket_port] ? $::tcl_socket_port : ""}]
+    if {![string is integer -strict $port] || $port < 1 || $port > 65535} {
+        set socket_on 0
+        message "scripting socket: \"$port\" is not a port number (1-65535) - see the preferences"
+        return 0
+    }
+    if {[catch {socket -server ::vesk::ops::socket_accept -myaddr 127.0.0.1 $port} channel]} {
+        set socket_on 0
+        if {[string match -nocase "*in use*" $channel]} {
+            message "scripting socket: port $port is already in use - choose another port in the preferences"
+        } else {
+            message "scripting socket: can't listen on 127.0.0.1:$port: $channel"
+        }
+        return 0
+    }
+    set server $channel
+    set socket_on 1
+    message "scripting socket listening on 127.0.0.1:$port"
+    return 1
+}
+
+# Closes the server and every client.
+proc ::vesk::ops::socket_stop {{quiet 0}} {
+    variable server
+    variable socket_on
+    variable clients
+    foreach channel [array names clients] { socket_close $channel }
+    if {$server ne ""} { catch {close $server} }
+    set server ""
+    set socket_on 0
+    if {!$quiet} { message "scripting socket off" }
+}
+
+proc ::vesk::ops::socket_accept {channel address port} {
+    variable clients
+    fconfigure $channel -blocking 0 -buffering line -translation {auto lf} -encoding utf-8
+    set clients($channel) ""
+    fileevent $channel readable [list ::vesk::ops::socket_read $channel]
+}
+
+proc ::vesk::ops::socket_close {channel} {
+    variable clients
+    unset -nocomplain clients($channel)
+    catch {close $channel}
+}
+
+# One answer as one line.
+proc ::vesk::ops::one_line {text} {
+    return [string map [list \\ \\\\ \n \\n \r \\r] $text]
+}
+
+proc ::vesk::ops::socket_read {channel} {
+    variable clients
+    variable socket_input_limit
+    if {![info exists clients($channel)]} { return }
+    if {[catch {gets $channel line} count]} {
+        socket_close $channel
+        return
+    }
+    if {$count < 0} {
+        if {[eof $channel]} {
+            socket_close $channel
+        } elseif {[chan pending input $channel] > $socket_input_limit} {
+            socket_reply $channel "error: line too long"
+            socket_close $channel
+        }
+        return
+    }
+    append clients($channel) $line "\n"
+    if {[string length $clients($channel)] > $socket_input_limit} {
+        socket_reply $channel "error: command too long"
+        socket_close $channel
+        return
+    }
+    if {![info complete $clients($channel)]} { return }
+    set script $clients($channel)
+    set clients($channel) ""
+    # Only an error is reported as one; return, break and continue at the
+    # top of a command answer like a normal result.
+    if {[catch {uplevel #0 $script} result] == 1} {
+        set result "error: $result"
+    }
+    socket_reply $channel [one_line $result]
+}
+
+proc ::vesk::ops::socket_reply {channel text} {
+    variable clients
+    # The command may have closed the connection or the whole server.
+    if {![info exists clients($channel)]} { return }
+    if {[catch {puts $channel $text}]} { socket_close $channel }
+}
+
+::vesk::ops::setup_look

@@ -1,0 +1,163 @@
+# gui_lib.tcl - the library of the GUI tests.  A test runs in tclsh under
+# run_with_xvfb.sh with the arguments: the vesk program, the source
+# directory, a scratch directory and the fault plug-in.  It starts the
+# real vesk with a fresh home directory whose preferences point the
+# plug-in directory at tests/gui/plugins (which opens the scripting
+# socket), drives it through the socket and with real X input (xdotool),
+# and checks screenshots (ImageMagick).
+
+set ::vesk_bin [lindex $argv 0]
+set ::src [lindex $argv 1]
+set ::scratch [lindex $argv 2]
+set ::fault_plugin [lindex $argv 3]
+set ::passed 0
+set ::failed 0
+file delete -force $::scratch
+file mkdir $::scratch
+
+proc check {name actual expected} {
+    if {$actual eq $expected} {
+        incr ::passed
+    } else {
+        incr ::failed
+        puts "FAIL: $name\n    expected: $expected\n    actual:   $actual"
+    }
+}
+
+proc check_true {name condition} {
+    check $name [expr {$condition ? 1 : 0}] 1
+}
+
+proc finish {} {
+    catch {stop_vesk}
+    puts "$::passed passed, $::failed failed"
+    exit [expr {$::failed > 0}]
+}
+
+# Starts vesk on a model; returns when its scripting socket answers.
+proc start_vesk {model} {
+    set home [file join $::scratch home]
+    file mkdir $home
+    set ::port [expr {20000 + [pid] % 20000}]
+    set fd [open [file join $home veskprefs.txt] w]
+    puts $fd "VKPR 12"
+    puts $fd "plugin_dir \"[file join $::src tests gui plugins]\""
+    puts $fd "tcl_socket_port $::port"
+    puts $fd "cpwin_width 1200"
+    puts $fd "cpwin_height 900"
+    close $fd
+    set ::log [file join $::scratch vesk.log]
+    set ::vesk_pid [exec env HOME=$home VESK_HOME=$::src sh -c "cd [list $::src] && exec [list $::vesk_bin] [list $model]" >& $::log &]
+    for {set i 0} {$i < 200} {incr i} {
+        if {![catch {socket 127.0.0.1 $::port} ::sock]} {
+            fconfigure $::sock -buffering line -translation lf -encoding utf-8
+            remote {update}
+            return
+        }
+        after 100
+    }
+    puts [read_log]
+    error "vesk did not open its scripting socket"
+}
+
+proc read_log {} {
+    set fd [open $::log r]
+    set text [read $fd]
+    close $fd
+    return $text
+}
+
+# Evaluates a script inside vesk and returns its result.
+proc remote {script} {
+    puts $::sock [string map [list \n " ; "] $script]
+    set answer [gets $::sock]
+    set answer [string map [list \\n \n \\r \r \\\\ \\] $answer]
+    if {[string match "error: *" $answer]} { error [string range $answer 7 end] }
+    return $answer
+}
+
+# Sends a script without waiting for its answer (for commands that open a
+# modal dialog); collect the answer later with remote_answer.
+proc remote_send {script} { puts $::sock $script }
+proc remote_answer {} { return [gets $::sock] }
+
+proc stop_vesk {} {
+    catch {remote_send {after 10 exit}}
+    catch {close $::sock}
+    for {set i 0} {$i < 50} {incr i} {
+        if {[catch {exec kill -0 $::vesk_pid}]} { return }
+        after 100
+    }
+    catch {exec kill $::vesk_pid}
+}
+
+# Redraws everything and waits until the views have drawn.
+proc settle {} {
+    remote {update; vesk redraw_all; update}
+    after 300
+    remote {update}
+}
+
+proc shot {name} {
+    set file [file join $::scratch $name.png]
+    exec import -window root $file
+    return $file
+}
+
+# The colour of one screen pixel as a list of three bytes.
+proc pixel {file x y} {
+    set text [exec convert $file -format "%\[pixel:p{$x,$y}\]" info:]
+    if {[regexp {\((\d+),(\d+),(\d+)} $text -> r g b]} { return [list $r $g $b] }
+    if {$text eq "black"} { return {0 0 0} }
+    if {$text eq "white"} { return {255 255 255} }
+    if {$text eq "red"} { return {255 0 0} }
+    if {$text eq "lime"} { return {0 255 0} }
+    return $text
+}
+
+# Number of different colours in a rectangle of the screen.
+proc colour_count {file x y w h} {
+    return [exec convert $file -crop ${w}x${h}+${x}+${y} +repage -format %k info:]
+}
+
+# A rectangle's pixels, for comparing two screenshots.
+proc region_signature {file x y w h} {
+    return [exec convert $file -crop ${w}x${h}+${x}+${y} +repage -format %# info:]
+}
+
+# Screen position and size of a view's drawing window.
+proc view_rect {view} {
+    set path [lindex {.views.xyframe.f.win .views.zyframe.f.win .views.xzframe.f.win .views.xyzframe.f.win} $view]
+    return [remote "list \[winfo rootx $path\] \[winfo rooty $path\] \[winfo width $path\] \[winfo height $path\]"]
+}
+
+# Whether a colour is within a few steps of another.
+proc near_colour {actual expected} {
+    if {[llength $actual] != 3} { return 0 }
+    foreach a $actual e $expected {
+        if {abs($a - $e) > 8} { return 0 }
+    }
+    return 1
+}
+
+# Checks that a screen pixel (or one of its eight neighbours, to allow for
+# rasterisation) has the expected colour.
+proc check_pixel {name file x y expected} {
+    set seen {}
+    foreach dy {0 -1 1} {
+        foreach dx {0 -1 1} {
+            set c [pixel $file [expr {$x + $dx}] [expr {$y + $dy}]]
+            if {[near_colour $c $expected]} {
+                incr ::passed
+                return
+            }
+            lappend seen $c
+        }
+    }
+    incr ::failed
+    puts "FAIL: $name\n    expected colour $expected at ($x, $y) in $file\n    saw: $seen"
+}
+
+proc hex_colour {value} {
+    return [list [expr {($value >> 16) & 255}] [expr {($value >> 8) & 255}] [expr {$value & 255}]]
+}

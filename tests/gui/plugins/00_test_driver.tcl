@@ -1,0 +1,8 @@
+# Test driver plug-in: loaded from the plug-in directory by the GUI tests.
+# It turns off questions and opens the scripting socket so that the test
+# can drive the program.
+set ::vesk_no_questions 1
+after idle {
+    set ::vesk::ops::socket_on 1
+    ::vesk::ops::socket_start
+}
