@@ -32,16 +32,35 @@ static void result_clear(void)
     result_length = result_capacity = 0;
 }
 
+/* True when text points into the result buffer itself, as when a command
+ * passes the current result back in. */
+static bool result_holds(const char *text)
+{
+    uintptr_t p = (uintptr_t)text, start = (uintptr_t)command_result;
+    return text && command_result && p >= start && p <= start + result_length;
+}
+
 char *command_result_set(const char *text)
 {
+    /* Text from the buffer being freed is copied out first. */
+    char *copy = result_holds(text) ? mystrdup(text) : nullptr;
     result_clear();
-    command_result_append_string(text);
+    command_result_append_string(copy ? copy : text);
+    myfree(copy);
     return command_result;
 }
 
 void command_result_append_string(const char *text)
 {
     if (!text) return;
+    if (result_holds(text)) {
+        /* Growing would free the text, and appending in place would
+         * copy between overlapping ranges. */
+        char *copy = mystrdup(text);
+        if (copy) command_result_append_string(copy);
+        myfree(copy);
+        return;
+    }
     size_t add = strlen(text);
     if (result_length + add + 1 > result_capacity) {
         size_t capacity = result_capacity ? result_capacity : 64;
@@ -90,12 +109,20 @@ static Command *new_command_record(const char *name, vk_command_function functio
 
 void vk_add_command(const char *name, vk_command_function function)
 {
+    if (!name || !function) {
+        console_printf("vk_add_command: a command needs a name and a function\n");
+        return;
+    }
     list_add_item(&added_commands, new_command_record(name, function, 0, nullptr, nullptr, "user command"));
 }
 
 List *vk_add_command_full(const char *name, vk_command_function function, int numargs,
                           const char *template_, const char *usage, const char *description)
 {
+    if (!name || !function) {
+        console_printf("vk_add_command_full: a command needs a name and a function\n");
+        return nullptr;
+    }
     return list_add_item(&added_commands,
                          new_command_record(name, function, numargs, template_, usage, description));
 }

@@ -70,8 +70,9 @@ List *list_add_item_unique(List **slot, void *item)
 
 int list_insert_item(List **slot, void *existing, void *item)
 {
-    /* The head is examined first: callers never pass an empty list. */
+    /* An empty list holds no existing item: nothing to insert before. */
     List *head = *slot;
+    if (!head) return 0;
     if (head->item == existing) {
         list_add_item_head(slot, item);
         return 1;

@@ -6,6 +6,9 @@
 #include "vesk.h"
 #include "core/internal.h"
 
+#include <cstring>
+#include <unordered_map>
+
 static void replace_string(char **slot, const char *text)
 {
     myfree(*slot);
@@ -30,7 +33,66 @@ void object_copy_data(Object *from, Object *to)
     to->type = from->type;
 }
 
-Surface *surface_clone_into(Surface *surface, Object *new_owner)
+/* The vertices of an object by exact position, the first vertex at each
+ * position, so that cloning a large object finds each reference's vertex
+ * without walking the vertex list.  Matches exact float comparison: -0
+ * finds 0, and a position holding a NaN is never found. */
+namespace {
+
+struct PointKey {
+    float p[3];
+};
+
+struct PointKeyHash {
+    size_t operator()(const PointKey &k) const
+    {
+        size_t h = 0;
+        for (float f : k.p) {
+            if (f == 0.0f) f = 0.0f; /* -0 hashes as 0 */
+            uint32_t bits;
+            memcpy(&bits, &f, sizeof bits);
+            h = h * 1000003u ^ bits;
+        }
+        return h;
+    }
+};
+
+struct PointKeyEqual {
+    bool operator()(const PointKey &a, const PointKey &b) const
+    {
+        return a.p[0] == b.p[0] && a.p[1] == b.p[1] && a.p[2] == b.p[2];
+    }
+};
+
+} // namespace
+
+typedef std::unordered_map<PointKey, Vertex *, PointKeyHash, PointKeyEqual> VertexIndex;
+
+static bool point_is_comparable(const float *p)
+{
+    return p[0] == p[0] && p[1] == p[1] && p[2] == p[2];
+}
+
+static void index_vertices(Object *object, VertexIndex *index)
+{
+    for (List *l = object->vertices; l; l = l->next) {
+        Vertex *v = (Vertex *)l->item;
+        if (!point_is_comparable(v->point)) continue;
+        PointKey key = {{v->point[0], v->point[1], v->point[2]}};
+        index->emplace(key, v); /* keeps the first at a position */
+    }
+}
+
+static Vertex *find_vertex(Object *owner, const VertexIndex *index, const float *point)
+{
+    if (!index) return object_find_vertex_point(owner, point);
+    if (!point_is_comparable(point)) return nullptr;
+    PointKey key = {{point[0], point[1], point[2]}};
+    auto it = index->find(key);
+    return it == index->end() ? nullptr : it->second;
+}
+
+static Surface *surface_clone_with(Surface *surface, Object *new_owner, const VertexIndex *index)
 {
     Surface *copy = new_surface();
     copy->mat = surface->mat;
@@ -43,12 +105,17 @@ Surface *surface_clone_into(Surface *surface, Object *new_owner)
         SVertex *ref = (SVertex *)r->item;
         /* References follow positions, so coincident vertices collapse
          * onto the first of them in the clone. */
-        Vertex *v = object_find_vertex_point(new_owner, ref->vertex->point);
+        Vertex *v = find_vertex(new_owner, index, ref->vertex->point);
         if (!v) continue;
         last = list_add_item_fast(&copy->vertrefs, last, new_svertex(v, ref->u, ref->v));
         copy->num_vertrefs++;
     }
     return copy;
+}
+
+Surface *surface_clone_into(Surface *surface, Object *new_owner)
+{
+    return surface_clone_with(surface, new_owner, nullptr);
 }
 
 Object *object_clone(Object *object)
@@ -57,9 +124,11 @@ Object *object_clone(Object *object)
     object_copy_data(object, copy);
     copy->vertices = list_clone_all(object->vertices, sizeof(Vertex));
     copy->num_vert = object->num_vert;
+    VertexIndex index;
+    index_vertices(copy, &index);
     List *last = nullptr;
     for (List *s = object->surfaces; s; s = s->next) {
-        last = list_add_item_fast(&copy->surfaces, last, surface_clone_into((Surface *)s->item, copy));
+        last = list_add_item_fast(&copy->surfaces, last, surface_clone_with((Surface *)s->item, copy, &index));
         copy->num_surf++;
     }
     for (List *k = object->kids; k; k = k->next) object_add_child(copy, object_clone((Object *)k->item));

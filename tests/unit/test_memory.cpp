@@ -1,0 +1,125 @@
+/*
+ * test_memory.cpp - myalloc and myfree in both modes: the thin layer over
+ * the heap and the guarded allocator with its running total and its
+ * diagnoses of zero sizes, double frees and foreign pointers.
+ */
+#include "test_support.h"
+
+#include <cstring>
+
+TEST(Memory, UnguardedIsAThinLayer)
+{
+    GuardingScope scope(false);
+    void *p = nullptr;
+    Captured c = capture([&] { p = myalloc(0); });
+    EXPECT_EQ(c.out, "Warning - malloc called with size 0\n");
+    myfree(p); /* whatever the heap gave back goes back to it */
+
+    uint32_t total = memory_total_allocated;
+    c = capture([&] { p = myalloc(100); });
+    EXPECT_EQ(c.out, "");
+    ASSERT_NE(p, nullptr);
+    memset(p, 0xAB, 100);
+    EXPECT_EQ(memory_total_allocated, total); /* only guarded blocks count */
+    myfree(p);
+
+    char *s = mystrdup("text");
+    EXPECT_STREQ(s, "text");
+    myfree(s);
+    EXPECT_EQ(mystrdup(nullptr), nullptr);
+}
+
+TEST(Memory, GuardedBlocksCarryAHeaderAndCount)
+{
+    GuardingScope scope(true);
+    uint32_t total = memory_total_allocated;
+    unsigned char *p = (unsigned char *)myalloc(24);
+    ASSERT_NE(p, nullptr);
+    uint32_t header[2];
+    memcpy(header, p - 8, 8);
+    EXPECT_EQ(header[0], 0x0000B0CAu);
+    EXPECT_EQ(header[1], 24u);
+    EXPECT_EQ(memory_total_allocated, total + 24);
+    memset(p, 0, 24);
+    Captured c = capture([&] { myfree(p); });
+    EXPECT_EQ(c.out, "");
+    EXPECT_EQ(memory_total_allocated, total);
+
+    /* Size 0: a warning with the bell, no block. */
+    void *z = (void *)1;
+    c = capture([&] { z = myalloc(0); });
+    EXPECT_EQ(z, nullptr);
+    EXPECT_EQ(c.out, "allocating size ZERO!!!!!!!!!!!\a\n");
+    EXPECT_EQ(memory_total_allocated, total);
+}
+
+TEST(Memory, GuardedDebugTracing)
+{
+    GuardingScope scope(true, true);
+    uint32_t total = memory_total_allocated;
+    void *p = nullptr;
+    Captured c = capture([&] { p = myalloc(40); });
+    char expected[200];
+    snprintf(expected, sizeof expected, "allocated 40 bytes (loc = 0x%lX,  total allocated %u )\n",
+             (unsigned long)(uintptr_t)p, total + 40);
+    EXPECT_EQ(c.out, expected);
+    c = capture([&] { myfree(p); });
+    snprintf(expected, sizeof expected, "freeing 40 (addr 0x%lX, total allocated %u)\n",
+             (unsigned long)(uintptr_t)p, total);
+    EXPECT_EQ(c.out, expected);
+}
+
+TEST(Memory, DoubleFreeIsDiagnosedNotRepeated)
+{
+    GuardingScope scope(true);
+    uint32_t total = memory_total_allocated;
+    void *p = myalloc(16);
+    myfree(p);
+    EXPECT_EQ(memory_total_allocated, total);
+    Captured c = capture([&] { myfree(p); });
+    char expected[200];
+    snprintf(expected, sizeof expected,
+             "\aERROR!  trying to free already freed space size=16 (addr %lX)\n",
+             (unsigned long)(uintptr_t)p);
+    EXPECT_EQ(c.out, expected);
+    EXPECT_EQ(memory_total_allocated, total); /* not subtracted twice */
+    /* A third attempt is diagnosed the same way. */
+    c = capture([&] { myfree(p); });
+    EXPECT_EQ(c.out, expected);
+}
+
+TEST(Memory, ForeignPointersAreRefused)
+{
+    GuardingScope scope(true);
+    uint32_t total = memory_total_allocated;
+
+    /* A pointer into a buffer of ours: the word where the size would be
+     * is printed, with the header address. */
+    alignas(8) unsigned char buffer[64];
+    memset(buffer, 0x11, sizeof buffer);
+    Captured c = capture([&] { myfree(buffer + 16); });
+    char expected[200];
+    snprintf(expected, sizeof expected,
+             "\aERROR!  trying free non-allocated or corrupted space %d (addr 0x%lX)\n",
+             0x11111111, (unsigned long)(uintptr_t)(buffer + 8));
+    EXPECT_EQ(c.out, expected);
+    EXPECT_EQ(buffer[8], 0x11); /* nothing written */
+
+    /* A block straight from the heap: its header is the heap's own. */
+    void *foreign = malloc(32);
+    c = capture([&] { myfree(foreign); });
+    EXPECT_EQ(c.out.rfind("\aERROR!  trying free non-allocated or corrupted space ", 0), 0u) << c.out;
+    free(foreign);
+
+    /* A guarded block whose guard word was overwritten. */
+    unsigned char *p = (unsigned char *)myalloc(8);
+    uint32_t saved;
+    memcpy(&saved, p - 8, 4);
+    uint32_t bad = 0x12345678;
+    memcpy(p - 8, &bad, 4);
+    c = capture([&] { myfree(p); });
+    EXPECT_TRUE(contains(c.out, "trying free non-allocated or corrupted space 8 ")) << c.out;
+    memcpy(p - 8, &saved, 4);
+    myfree(p);
+    EXPECT_EQ(memory_total_allocated, total);
+}
