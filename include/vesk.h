@@ -379,6 +379,20 @@ void tcl_set_string(const char *name, const char *value);
 void tcl_set_int(const char *name, int value);
 double vk_get_version_number(void);
 
+/* Plug-ins: a plug-in library exports int vesk_plugin_init(void), called
+ * once after "plugin_load" loads it.  Menu entries and file dialogs go
+ * through the user-interface scripts.  A filter array holds pairs of
+ * texts (description, pattern) ended by a null description. */
+const char *vk_add_menu_item(const char *menu, const char *label, const char *command);
+const char *vk_add_import_menu_item(const char *label, const char *command);
+const char *vk_add_export_menu_item(const char *label, const char *command);
+const char *vk_add_tools_menu_item(const char *label, const char *command, const char *help);
+const char *vk_add_surface_menu_item(const char *label, const char *command, const char *help);
+char *vk_filter_array_to_string(const char **filters);
+const char *vk_get_open_filename(const char *title, const char **filters);
+const char *vk_get_save_filename(const char *title, const char **filters);
+long vk_get_filesize(const char *filename);
+
 /* Empty hooks kept for plug-ins and call sites. */
 void init_ui(void);
 void set_busy_cursor(void);

@@ -44,9 +44,39 @@ int command_get_info(void);
 int command_list(void);
 int system_execute(char *command);
 int command_new_palette_entry(int index);
+int command_set_palette_entry(int index, float r, float g, float b, float ar, float ag, float ab,
+                              float er, float eg, float eb, float sr, float sg, float sb,
+                              float shininess, float transparency);
+
+/* Selection commands (selection_commands.cpp). */
+int command_select_object(int id);
+int command_unselect_object(int id);
+int command_object_is_selected(int id);
+int command_get_selected_objects(void);
+int tcl_get_selection_size(void);
+int tcl_get_selection_centre(void);
 
 /* Looks up an object handle given by a script; prints a console message
  * naming the command and returns null when it names no live object. */
 Object *object_from_script_id(int id);
+
+/* View and camera commands (view/view_commands.cpp). */
+int command_do_perspective(void);
+int tcl_get_3d_cursor(void);
+int command_get_lights(void);
+int set_3d_view_selection(void);
+int set_3d_view_cursor(void);
+int set_3d_view_origin(void);
+int command_set_walk_viewer(void);
+int command_set_spin_viewer(void);
+int about_menu(void);
+
+/* Plug-ins (plugins.cpp). */
+int command_plugin_load(char *filename);
+
+/* Model file commands (fileio/vk_commands.cpp). */
+int command_load_vk_object(char *filename);
+int command_save_vk(char *filename);
+int command_save_selection_vk(char *filename);
 
 #endif

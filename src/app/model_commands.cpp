@@ -172,6 +172,17 @@ int command_new_palette_entry(int index)
     return 1;
 }
 
+int command_set_palette_entry(int index, float r, float g, float b, float ar, float ag, float ab,
+                              float er, float eg, float eb, float sr, float sg, float sb,
+                              float shininess, float transparency)
+{
+    int ok = set_palette_entry(index, r, g, b, ar, ag, ab, er, eg, eb, sr, sg, sb, shininess,
+                               transparency);
+    /* Surfaces of that colour must be drawn again. */
+    if (ok) redraw_all();
+    return ok;
+}
+
 int system_execute(char *command)
 {
     console_printf("executing '%s'\n", command);

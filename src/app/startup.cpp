@@ -11,6 +11,7 @@
 #include "app/tcl_bridge.h"
 #include "core/internal.h"
 #include "edit/selection.h"
+#include "view/view_state.h"
 
 #include <climits>
 #include <cstdlib>
@@ -44,6 +45,7 @@ void startup_core(void)
 {
     shared_state_init();
     init_prefs();
+    init_views();
     world = new_world();
 }
 
