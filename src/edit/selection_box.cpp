@@ -37,7 +37,7 @@ int point_inside_box2(int view, const float *point, const float *box_max, const 
 {
     int h, v;
     if (!view_axes(view, &h, &v)) return 0;
-    return box_min[h] <= point[h] && point[h] < box_max[h] && box_min[v] < point[v] && point[v] < box_max[v];
+    return box_min[h] < point[h] && point[h] < box_max[h] && box_min[v] < point[v] && point[v] < box_max[v];
 }
 
 /* ---- the bounding box ---- */

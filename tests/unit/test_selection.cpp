@@ -277,12 +277,31 @@ TEST_F(SelectionTest, BoxEdgesAreOutsideAndViewsPickTheirAxes)
     box_select(0, 100, 0, 2, -100, 2, 3); /* no such view */
     EXPECT_TRUE(nothing_is_selected());
 
+    /* each of the four edges of each view on its own is outside */
     const float max[3] = {1, 1, 1}, min[3] = {0, 0, 0};
-    const float inside[3] = {0.5f, 0.5f, 7}, edge_x[3] = {1, 0.5f, 0}, edge_y[3] = {0.5f, 0, 0};
-    EXPECT_EQ(point_inside_box2(0, inside, max, min), 1);
-    EXPECT_EQ(point_inside_box2(0, edge_x, max, min), 0);
-    EXPECT_EQ(point_inside_box2(0, edge_y, max, min), 0);
+    const int axes[3][2] = {{0, 1}, {2, 1}, {0, 2}};
+    for (int view = 0; view < 3; view++) {
+        SCOPED_TRACE(view);
+        float p[3] = {0.5f, 0.5f, 0.5f};
+        EXPECT_EQ(point_inside_box2(view, p, max, min), 1);
+        for (int axis : axes[view]) {
+            for (float edge : {0.0f, 1.0f}) {
+                float q[3] = {0.5f, 0.5f, 0.5f};
+                q[axis] = edge;
+                EXPECT_EQ(point_inside_box2(view, q, max, min), 0) << "axis " << axis << " at " << edge;
+            }
+        }
+        int unused = 3 - axes[view][0] - axes[view][1];
+        p[unused] = 7; /* the view's depth axis does not matter */
+        EXPECT_EQ(point_inside_box2(view, p, max, min), 1);
+    }
+    const float inside[3] = {0.5f, 0.5f, 0.5f};
     EXPECT_EQ(point_inside_box2(-1, inside, max, min), 0);
+    EXPECT_EQ(point_inside_box2(3, inside, max, min), 0);
+
+    /* a vertex on one edge of a box drag only */
+    box_select(1, 0, 0, 3, 3, 0, 0);
+    EXPECT_EQ(selected_vertices(), std::vector<Vertex *>{vertex_of(o, 2)});
 }
 
 TEST_F(SelectionTest, BoxModifiersAddRemoveAndBothMeanAdd)
@@ -377,6 +396,18 @@ TEST_F(SelectionTest, ModeChangeTreeToObjectAndVertex)
     EXPECT_EQ(part_selected(), (std::vector<Object *>{g, h, c, e}));
     EXPECT_EQ(selection.num_selected_vertices, 3);
     EXPECT_EQ(selection.num_selected_objects, 0);
+}
+
+TEST_F(SelectionTest, ModeChangeTreeToVertexTakesAParentBeforeItsChildren)
+{
+    /* g (no vertices) { h (vertices) { c } } */
+    Object *g = add_group(world);
+    Object *h = add_object(g, {{1, 0, 0}});
+    Object *c = add_object(h, {{2, 0, 0}});
+    select_object(g);
+    set_new_select_mode(SELECT_VERTEX);
+    EXPECT_EQ(selected_vertices(), concat<Vertex *>({vertices_of(h), vertices_of(c)}));
+    EXPECT_EQ(part_selected(), (std::vector<Object *>{h, c}));
 }
 
 TEST_F(SelectionTest, ModeChangeToTreeUnhidesTheTrees)
