@@ -12,6 +12,11 @@ struct FrontEnd {
     int (*window_geometry)(int view, int rect[4]);
     /* Asks for a redisplay of a view (0-3). */
     void (*request_redisplay)(int view);
+    /* Picks in a view at window pixel (x, y) with a region of width x
+     * height pixels, selecting what is hit (add/remove as Shift says). */
+    void (*pick)(int view, int x, int y, int width, int height, int add, int remove);
+    /* Sets the cursor of a view's window (a Tk cursor name, "" default). */
+    void (*set_cursor)(int view, const char *cursor);
     /* 1 when Tk is running and message boxes can be shown. */
     int has_tk;
 };
@@ -19,5 +24,7 @@ struct FrontEnd {
 extern FrontEnd frontend;
 
 int frontend_window_geometry(int view, int rect[4]);
+void frontend_pick(int view, int x, int y, int width, int height, int add, int remove);
+void frontend_set_cursor(int view, const char *cursor);
 
 #endif

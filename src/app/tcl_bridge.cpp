@@ -17,11 +17,21 @@
 enum { MESSAGE_BUFFER = 2048 };
 
 Tcl_Interp *tcl_interp = nullptr;
-FrontEnd frontend = {nullptr, nullptr, 0};
+FrontEnd frontend = {nullptr, nullptr, nullptr, nullptr, 0};
 
 int frontend_window_geometry(int view, int rect[4])
 {
     return frontend.window_geometry ? frontend.window_geometry(view, rect) : 0;
+}
+
+void frontend_pick(int view, int x, int y, int width, int height, int add, int remove)
+{
+    if (frontend.pick) frontend.pick(view, x, y, width, height, add, remove);
+}
+
+void frontend_set_cursor(int view, const char *cursor)
+{
+    if (frontend.set_cursor) frontend.set_cursor(view, cursor);
 }
 
 void tcl_trace_error(const char *where)

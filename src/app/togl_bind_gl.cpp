@@ -282,8 +282,28 @@ int make_tcl_window(Tcl_Interp *interp, int view)
     return 1;
 }
 
+static void pick_in_view(int view, int x, int y, int width, int height, int add, int remove)
+{
+    if (view < 0 || view >= NUM_VIEWS || !slots[view].togl) return;
+    Togl_MakeCurrent(slots[view].togl);
+    if (view == 3) select_3d(x, y, width, height, add, remove);
+    else select_orth(x, y, width, height, view, add, remove);
+}
+
+static void set_view_cursor(int view, const char *cursor)
+{
+    if (view < 0 || view >= NUM_VIEWS) return;
+    Tcl_Obj *words[4] = {Tcl_NewStringObj(view_paths[view], -1), Tcl_NewStringObj("configure", -1),
+                         Tcl_NewStringObj("-cursor", -1), Tcl_NewStringObj(cursor ? cursor : "", -1)};
+    for (Tcl_Obj *w : words) Tcl_IncrRefCount(w);
+    if (tcl_interp) Tcl_EvalObjv(tcl_interp, 4, words, TCL_EVAL_GLOBAL);
+    for (Tcl_Obj *w : words) Tcl_DecrRefCount(w);
+}
+
 int create_ui(Tcl_Interp *interp)
 {
+    frontend.pick = pick_in_view;
+    frontend.set_cursor = set_view_cursor;
     frontend.window_geometry = window_geometry;
     frontend.request_redisplay = request_view_redisplay;
     frontend.has_tk = 1;

@@ -5,6 +5,7 @@
  * a thrown spin keeps turning on a timer while allow_3d_spin is on.
  */
 #include "view/interaction.h"
+#include "app/frontend.h"
 #include "app/linked_vars.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
@@ -174,10 +175,13 @@ void handle_mouse_move_3d(int x, int y, unsigned long time)
 
 void handle_mouse_up_3d(int x, int y, int button, unsigned long time, int state)
 {
-    (void)state;
     if (drag.control_press) {
-        /* Picking in the 3D view arrives with the interaction work. */
+        /* Control+click picks the nearest object (or surface in vertex
+         * mode); Shift with button 1 adds, with another button removes. */
         drag.control_press = 0;
+        int shift = state & QUALIFIER_SHIFT;
+        int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
+        frontend_pick(3, x, y, range, range, shift && button == 1, shift && button != 1);
         return;
     }
     if (drag.saved) {

@@ -1,15 +1,53 @@
 /*
- * view/interaction.cpp - routing of mouse and key events to the views and
- * the draw mode and drag submode.  The orthographic views show the mouse
- * position on the status line; the 3D view's events go to the camera.
+ * view/interaction.cpp - mouse and keys in the orthographic views: rubber
+ * band, click and brush selection, the 3D cursor (Alt), axis-locked drags
+ * (Control inside the selection box), moving, resizing by a handle,
+ * rotating and extruding the selection, drawing lines and primitives,
+ * drag-zoom, panning and the key preferences.  Rubber bands are kept in
+ * the views' overlays and drawn inverted by each redraw.
  */
 #include "view/interaction.h"
+#include "app/frontend.h"
+#include "app/prefs.h"
+#include "app/shared_state.h"
 #include "app/tcl_bridge.h"
+#include "core/internal.h"
+#include "edit/selection.h"
+#include "edit/undo.h"
+#include "view/interaction_actions.h"
+#include "view/overlay.h"
+#include "view/redraw.h"
 #include "view/view_state.h"
-#include "vesk.h"
+
+#include <cmath>
+#include <cstdlib>
+
+enum { BOX_MARGIN = 13, BRUSH_SIZE = 16, MODE_ZOOM = 50 };
+enum { MODE_MOVE = 100, MODE_RESIZE = 101, MODE_ROTATE = 102, MODE_EXTRUDE = 103 };
+enum { HANDLE_TOP = 1, HANDLE_BOTTOM = 2, HANDLE_LEFT = 4, HANDLE_RIGHT = 8, HANDLE_SIDE = 16 };
 
 int interaction_mode = 0;
-int move_submode = 100;
+int move_submode = MODE_MOVE;
+
+/* The state of one gesture. */
+static struct {
+    int button_down, button, view;
+    int set_cursor, brush, ctrl_in_box, axis_lock, shift, add, remove;
+    int mode_at_down, handle;
+    float down[3], current[3];
+    int down_x, down_y, zoom_y;
+    float box_max[3], box_min[3];      /* the selection box at the press */
+    float new_max[3], new_min[3];      /* the dragged box of a resize */
+    float rotate_degrees, rotate_centre[3];
+    /* line drawing */
+    Object *line_object;
+    Surface *line_surface;
+    Vertex *last_vertex;
+} g;
+
+static const int view_axes[3][2] = {{0, 1}, {2, 1}, {0, 2}};
+
+/* ---- modes ---- */
 
 static const char *draw_mode_name(int mode)
 {
@@ -17,30 +55,36 @@ static const char *draw_mode_name(int mode)
                                         "ellipse", "disk", "box", "sphere", "cylinder",
                                         "mesh", "grid", "icosahedron", "light"};
     if (mode >= 0 && mode <= 13) return names[mode];
+    if (mode == MODE_ZOOM) return "zoom";
     return "select";
 }
 
 static const char *drag_mode_name(int submode)
 {
     static const char *const names[] = {"move", "resize", "rotate", "extrude"};
-    if (submode >= 100 && submode <= 103) return names[submode - 100];
+    if (submode >= MODE_MOVE && submode <= MODE_EXTRUDE) return names[submode - MODE_MOVE];
     return "move";
+}
+
+static void set_mode(int mode)
+{
+    interaction_mode = mode;
+    tcl_set_string("draw_mode_name", draw_mode_name(mode < MODE_MOVE ? mode : 0));
 }
 
 int set_new_draw_mode(int mode)
 {
-    if (mode < 0 || mode > 13) {
+    if ((mode < 0 || mode > 13) && mode != MODE_ZOOM) {
         display_message("unknown draw mode %d", mode);
         return 0;
     }
-    interaction_mode = mode;
-    tcl_set_string("draw_mode_name", draw_mode_name(mode));
+    set_mode(mode);
     return 1;
 }
 
 int set_new_move_mode(int submode)
 {
-    if (submode < 100 || submode > 103) {
+    if (submode < MODE_MOVE || submode > MODE_EXTRUDE) {
         display_message("unknown drag mode %d", submode);
         return 0;
     }
@@ -49,34 +93,593 @@ int set_new_move_mode(int submode)
     return 1;
 }
 
-void handle_mouse_down(int view, int x, int y, int, int)
+/* ---- geometry of the selection box on screen ---- */
+
+struct ScreenBox {
+    int left, top, right, bottom;
+};
+
+static ScreenBox screen_box(int view)
 {
-    if (view < 0 || view > 2) return;
-    float p[3];
-    mouse_to_point(x, y, view, p);
-    show_coors(p);
+    int x1, y1, x2, y2;
+    point2xy(selection.box_min, &x1, &y1, view);
+    point2xy(selection.box_max, &x2, &y2, view);
+    ScreenBox b;
+    b.left = (x1 < x2 ? x1 : x2) - BOX_MARGIN;
+    b.right = (x1 > x2 ? x1 : x2) + BOX_MARGIN;
+    b.top = (y1 < y2 ? y1 : y2) - BOX_MARGIN;
+    b.bottom = (y1 > y2 ? y1 : y2) + BOX_MARGIN;
+    return b;
+}
+
+static int inside_box(int view, int x, int y)
+{
+    if (nothing_is_selected()) return 0;
+    ScreenBox b = screen_box(view);
+    return x >= b.left && x <= b.right && y >= b.top && y <= b.bottom;
+}
+
+/* The handle under (x, y): the handle bits, or 0. */
+static int handle_at(int view, int x, int y)
+{
+    if (nothing_is_selected() || !views[view].handles) return 0;
+    ScreenBox b = screen_box(view);
+    int hs = prefs.handle_size;
+    int mx = (b.left + b.right) / 2 - hs / 2, my = (b.top + b.bottom) / 2 - hs / 2;
+    const struct {
+        int x, y, code;
+    } squares[8] = {{b.left, b.top, HANDLE_TOP | HANDLE_LEFT},
+                    {b.left, b.bottom - hs, HANDLE_BOTTOM | HANDLE_LEFT},
+                    {b.right - hs, b.bottom - hs, HANDLE_BOTTOM | HANDLE_RIGHT},
+                    {b.right - hs, b.top, HANDLE_TOP | HANDLE_RIGHT},
+                    {mx, b.top, HANDLE_TOP | HANDLE_SIDE},
+                    {mx, b.bottom - hs, HANDLE_BOTTOM | HANDLE_SIDE},
+                    {b.left, my, HANDLE_LEFT | HANDLE_SIDE},
+                    {b.right - hs, my, HANDLE_RIGHT | HANDLE_SIDE}};
+    for (const auto &s : squares) {
+        if (x >= s.x && x < s.x + hs && y >= s.y && y < s.y + hs) return s.code;
+    }
+    return 0;
+}
+
+void win_set_handle_cursor(int view, int handle)
+{
+    const char *cursor = "";
+    switch (handle) {
+    case 5: cursor = "top_left_corner"; break;
+    case 6: cursor = "bottom_left_corner"; break;
+    case 9: cursor = "top_right_corner"; break;
+    case 10: cursor = "bottom_right_corner"; break;
+    case 17: cursor = "top_side"; break;
+    case 18: cursor = "bottom_side"; break;
+    case 20: cursor = "left_side"; break;
+    case 24: cursor = "right_side"; break;
+    default: break;
+    }
+    frontend_set_cursor(view, cursor);
+}
+
+/* The selection box dragged by a handle to point p. */
+void resize_bounding_box(const float *p, int view, int control, int handle)
+{
+    (void)control;
+    int h = view_axes[view][0], v = view_axes[view][1];
+    for (int i = 0; i < 3; i++) {
+        g.new_max[i] = g.box_max[i];
+        g.new_min[i] = g.box_min[i];
+    }
+    /* The window's top is the larger y in the front and side views and the
+     * smaller z in the plan view, where z grows downwards. */
+    int top_is_max = view != 2;
+    if (handle & HANDLE_LEFT) g.new_min[h] = p[h];
+    if (handle & HANDLE_RIGHT) g.new_max[h] = p[h];
+    if (handle & HANDLE_TOP) (top_is_max ? g.new_max[v] : g.new_min[v]) = p[v];
+    if (handle & HANDLE_BOTTOM) (top_is_max ? g.new_min[v] : g.new_max[v]) = p[v];
+    for (int i = 0; i < 3; i++) {
+        if (g.new_min[i] > g.new_max[i]) {
+            float t = g.new_min[i];
+            g.new_min[i] = g.new_max[i];
+            g.new_max[i] = t;
+        }
+    }
+}
+
+/* ---- depth of shapes drawn in one view ---- */
+
+/* The depth range of a box or sphere drawn in a view: the selection's
+ * depth when something is selected, else as deep as the larger in-view
+ * extent, centred on the 3D cursor's depth. */
+void set_av_depth_box(int view, const float *a, const float *b, float *min_depth, float *max_depth)
+{
+    static const int depth_axis[3] = {2, 0, 1};
+    int d = depth_axis[view], h = view_axes[view][0], v = view_axes[view][1];
+    if (!nothing_is_selected() && selection.box_max[d] > selection.box_min[d]) {
+        *min_depth = selection.box_min[d];
+        *max_depth = selection.box_max[d];
+        return;
+    }
+    float extent = std::fabs(a[h] - b[h]);
+    if (std::fabs(a[v] - b[v]) > extent) extent = std::fabs(a[v] - b[v]);
+    *min_depth = cursor_3d[d] - extent * 0.5f;
+    *max_depth = cursor_3d[d] + extent * 0.5f;
+}
+
+/* ---- overlays ---- */
+
+static void band_rect(int view, int x0, int y0, int x1, int y1, int shape)
+{
+    Overlay &o = overlays[view];
+    o.shape = shape;
+    o.x0 = x0;
+    o.y0 = y0;
+    o.x1 = x1;
+    o.y1 = y1;
+    request_redisplay(view);
+}
+
+static void band_line(int view, int x0, int y0, int x1, int y1)
+{
+    Overlay &o = overlays[view];
+    o.line = 1;
+    o.lx0 = x0;
+    o.ly0 = y0;
+    o.lx1 = x1;
+    o.ly1 = y1;
+    request_redisplay(view);
+}
+
+static void band_box(int view, const float *mn, const float *mx, float angle, const float *centre)
+{
+    Overlay &o = overlays[view];
+    o.box = 1;
+    for (int i = 0; i < 3; i++) {
+        o.box_min[i] = mn[i];
+        o.box_max[i] = mx[i];
+        o.box_centre[i] = centre ? centre[i] : 0.0f;
+    }
+    o.box_angle = angle;
+    request_redisplay(view);
+}
+
+/* ---- mouse down ---- */
+
+static void start_selection_drag(int view, int button)
+{
+    int handle = handle_at(view, g.down_x, g.down_y);
+    if (move_submode != MODE_EXTRUDE && handle) {
+        g.handle = handle;
+        set_mode(MODE_RESIZE);
+    } else if (g.shift) {
+        return; /* a Shift click in the box stays a selection gesture */
+    } else if (move_submode != MODE_MOVE) {
+        set_mode(move_submode);
+    } else {
+        set_mode(button == 1 ? MODE_MOVE : button == 2 ? MODE_RESIZE : MODE_ROTATE);
+        if (interaction_mode == MODE_RESIZE && !g.handle) g.handle = HANDLE_BOTTOM | HANDLE_RIGHT;
+    }
+    for (int i = 0; i < 3; i++) {
+        g.box_max[i] = selection.box_max[i];
+        g.box_min[i] = selection.box_min[i];
+    }
+    band_box(view, g.box_min, g.box_max, 0.0f, nullptr);
+}
+
+void handle_mouse_down(int view, int x, int y, int button, int state)
+{
+    if (view < 0 || view > 2 || g.button_down) return;
+    g.button_down = 1;
+    g.button = button;
+    g.view = view;
+    g.mode_at_down = interaction_mode;
+    int shift = state & QUALIFIER_SHIFT, control = state & QUALIFIER_CONTROL, alt = state & QUALIFIER_ALT;
+    g.brush = control && shift;
+    g.ctrl_in_box = control && !shift && inside_box(view, x, y);
+    g.axis_lock = 0;
+    g.set_cursor = alt && !control && !shift;
+    g.down_x = x;
+    g.down_y = y;
+    g.zoom_y = y;
+    mouse_to_point(x, y, view, g.down);
+    for (int i = 0; i < 3; i++) g.current[i] = g.down[i];
+    if (g.set_cursor) {
+        snap_to_grid(g.down);
+        for (int i = 0; i < 3; i++) cursor_3d[i] = g.down[i];
+        redraw_orth();
+        show_coors(cursor_3d);
+        return;
+    }
+    g.add = g.remove = 0;
+    g.shift = shift != 0;
+    if (shift) {
+        if (button == 1) g.add = 1;
+        else g.remove = 1;
+    }
+    g.handle = 0;
+    if (g.brush) return;
+    if (interaction_mode == 0 && inside_box(view, x, y)) {
+        start_selection_drag(view, button);
+    } else if (interaction_mode == 0) {
+        band_rect(view, x, y, x, y, OVERLAY_RECT);
+    }
+    if (interaction_mode != 0) snap_to_grid(g.down);
+    if (interaction_mode == 4 || interaction_mode == 7 || interaction_mode == 8 || interaction_mode == 12) {
+        band_rect(view, x, y, x, y, OVERLAY_RECT);
+    }
+    if (interaction_mode == 5) band_rect(view, x, y, x, y, OVERLAY_ELLIPSE);
+}
+
+/* ---- mouse move ---- */
+
+static void apply_axis_lock(int *x, int *y)
+{
+    if (!g.ctrl_in_box || !g.button_down) return;
+    if (!g.axis_lock) {
+        int dx = abs(*x - g.down_x), dy = abs(*y - g.down_y);
+        if (dx > dy) g.axis_lock = 1;
+        else if (dy > dx) g.axis_lock = 2;
+    }
+    if (g.axis_lock == 1) *y = g.down_y;
+    if (g.axis_lock == 2) *x = g.down_x;
+}
+
+static void hover_readout(int view, int x, int y, const float *p)
+{
+    if (interaction_mode >= 1 && interaction_mode <= 3) return;
+    if (nothing_is_selected()) {
+        show_coors(p);
+        return;
+    }
+    if (prefs.pov_active_pointer) win_set_handle_cursor(view, handle_at(view, x, y));
+    if (selection.num_selected_vertices == 2) {
+        const float *a = ((Vertex *)selection.selected_vertices->item)->point;
+        const float *b = ((Vertex *)selection.selected_vertices->next->item)->point;
+        show_coors_and_len(p, a, b);
+    } else if (selection.num_selected_vertices == 1) {
+        show_coors_and_point(p, ((Vertex *)selection.selected_vertices->item)->point);
+    } else {
+        show_coors_and_bb(p, selection.box_min);
+    }
+}
+
+static float rotate_angle_for(int x)
+{
+    int step = prefs.mouse_rotate_degs > 0 ? prefs.mouse_rotate_degs : 1;
+    int distance = x - g.down_x;
+    return (float)((distance / step) * step);
+}
+
+static void drag_update(int view, int x, int y)
+{
+    float d[3] = {g.current[0] - g.down[0], g.current[1] - g.down[1], g.current[2] - g.down[2]};
+    switch (interaction_mode) {
+    case 0:
+        band_rect(view, g.down_x, g.down_y, x, y, OVERLAY_RECT);
+        break;
+    case 4: case 10: case 11: case 7: case 9:
+        band_rect(view, g.down_x, g.down_y, x, y, OVERLAY_RECT);
+        show_coors_and_dim(g.current, g.down, g.current);
+        break;
+    case 5: case 6: case 8: case 12:
+        band_rect(view, g.down_x, g.down_y, x, y, OVERLAY_ELLIPSE);
+        show_coors_and_dim(g.current, g.down, g.current);
+        break;
+    case MODE_ZOOM: {
+        int dz = g.zoom_y - y;
+        if (dz >= 1) scale_win(view, 1.1f);
+        else if (dz < 0) scale_win2(view, 1.1f);
+        g.zoom_y = y;
+        break;
+    }
+    case MODE_MOVE:
+    case MODE_EXTRUDE: {
+        float mn[3], mx[3];
+        for (int i = 0; i < 3; i++) {
+            mn[i] = g.box_min[i] + d[i];
+            mx[i] = g.box_max[i] + d[i];
+        }
+        band_box(view, mn, mx, 0.0f, nullptr);
+        band_line(view, g.down_x, g.down_y, x, y);
+        show_coors_and_len(g.current, g.down, g.current);
+        break;
+    }
+    case MODE_RESIZE:
+        resize_bounding_box(g.current, view, g.ctrl_in_box, g.handle ? g.handle : (HANDLE_BOTTOM | HANDLE_RIGHT));
+        band_box(view, g.new_min, g.new_max, 0.0f, nullptr);
+        show_size(g.new_min, g.new_max);
+        break;
+    case MODE_ROTATE: {
+        g.rotate_degrees = rotate_angle_for(x);
+        int about_centre = prefs.rotate_about_object_centre && get_current_object();
+        for (int i = 0; i < 3; i++) {
+            g.rotate_centre[i] = about_centre ? g.box_min[i] + (g.box_max[i] - g.box_min[i]) * 0.5f : g.down[i];
+        }
+        band_box(view, g.box_min, g.box_max, g.rotate_degrees, g.rotate_centre);
+        show_angle(g.rotate_degrees);
+        break;
+    }
+    default:
+        break;
+    }
 }
 
 void handle_mouse_move(int view, int x, int y)
 {
     if (view < 0 || view > 2) return;
+    if (g.button_down) view = g.view; /* a drag stays with the view it started in */
+    apply_axis_lock(&x, &y);
     float p[3];
     mouse_to_point(x, y, view, p);
-    snap_to_grid(p);
-    show_coors(p);
+    for (int i = 0; i < 3; i++) g.current[i] = p[i];
+    if (interaction_mode >= 1 && interaction_mode <= 3 && g.last_vertex) {
+        int lx, ly;
+        point2xy(g.last_vertex->point, &lx, &ly, view);
+        overlays[view].line = 0;
+        band_line(view, lx, ly, x, y);
+        show_coors_and_len(p, g.last_vertex->point, p);
+    }
+    if (!g.button_down) {
+        hover_readout(view, x, y, p);
+        return;
+    }
+    if (g.set_cursor) {
+        snap_to_grid(p);
+        for (int i = 0; i < 3; i++) cursor_3d[i] = p[i];
+        redraw_orth();
+        show_coors(p);
+        return;
+    }
+    if (g.brush) {
+        console_printf("dragselect\n");
+        float a[3], b[3];
+        mouse_to_point(x - BRUSH_SIZE / 2, y - BRUSH_SIZE / 2, view, a);
+        mouse_to_point(x + BRUSH_SIZE / 2, y + BRUSH_SIZE / 2, view, b);
+        select_all_inside(a, b, view, 1, g.remove);
+        band_rect(view, x - BRUSH_SIZE / 2, y - BRUSH_SIZE / 2, x + BRUSH_SIZE / 2, y + BRUSH_SIZE / 2, OVERLAY_RECT);
+        return;
+    }
+    if (interaction_mode != 0) snap_to_grid(g.current);
+    drag_update(view, x, y);
 }
 
-void handle_mouse_up(int view, int x, int y, int)
+/* ---- mouse up ---- */
+
+static void finish_selection(int view, int x, int y)
 {
-    handle_mouse_move(view, x, y);
+    new_undo(UNDO_SELECTION, "selection");
+    set_undo_selection(selection.selected_vertices, selection.selected_objects, 0);
+    int click = x == g.down_x && y == g.down_y;
+    if (selection.select_mode == SELECT_VERTEX) {
+        int half = click ? (prefs.vert_size > 0 ? prefs.vert_size : 1) / 2 + 1 : 0;
+        float a[3], b[3];
+        if (click) {
+            mouse_to_point(x - half, y - half, view, a);
+            mouse_to_point(x + half, y + half, view, b);
+        } else {
+            for (int i = 0; i < 3; i++) a[i] = g.down[i];
+            mouse_to_point(x, y, view, b);
+        }
+        select_all_inside(a, b, view, g.add, g.remove);
+    } else if (click) {
+        int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
+        frontend_pick(view, x, y, range, range, g.add, g.remove);
+    } else {
+        int hw = abs(x - g.down_x) / 2, hh = abs(y - g.down_y) / 2;
+        frontend_pick(view, (x + g.down_x) / 2, (y + g.down_y) / 2, 2 * (hw ? hw : 1), 2 * (hh ? hh : 1),
+                      g.add, g.remove);
+    }
+    redraw_all();
+}
+
+static void add_line_vertex(const float *p)
+{
+    if (!g.line_object) {
+        g.line_object = new_object(OBJECT_NORMAL);
+        g.line_surface = new_surface();
+        g.line_surface->surface_kind = interaction_mode == 1 ? SURFACE_LINE
+                                       : interaction_mode == 2 ? SURFACE_CLOSED_LINE
+                                                               : SURFACE_POLYGON;
+        object_add_surface(g.line_object, g.line_surface);
+        object_add_child(world, g.line_object);
+    }
+    Vertex *v = object_add_new_vertex(g.line_object, p);
+    surface_add_vertref(g.line_surface, new_svertex(v, 0, 0));
+    g.last_vertex = v;
+    unsaved_changes = 1;
+    redraw_all();
+}
+
+static void finish_line(int view)
+{
+    Object *o = g.line_object;
+    g.line_object = nullptr;
+    g.line_surface = nullptr;
+    g.last_vertex = nullptr;
+    overlays[view].line = 0;
+    if (o) {
+        new_undo(UNDO_ADD_OBJECT, "new object");
+        set_undo_object(o);
+        object_calc_normals(o);
+        clear_selection();
+        select_object(o);
+    }
+    set_mode(MODE_MOVE);
+    set_new_move_mode(MODE_MOVE);
+    redraw_all();
+}
+
+static void release_line_mode(int view, int button)
+{
+    float p[3] = {g.current[0], g.current[1], g.current[2]};
+    snap_to_grid(p);
+    int on_last = g.last_vertex && g.last_vertex->point[0] == p[0] && g.last_vertex->point[1] == p[1] &&
+                  g.last_vertex->point[2] == p[2];
+    if (button != 1 || on_last) finish_line(view);
+    else add_line_vertex(p);
+}
+
+static void release_primitive(int view)
+{
+    Object *o = action_primitive(interaction_mode, view, g.down, g.current);
+    if (o) {
+        clear_selection();
+        select_object(o);
+        unsaved_changes = 1;
+    }
+    redraw_all();
+}
+
+static void release_drag(int view)
+{
+    float d[3] = {g.current[0] - g.down[0], g.current[1] - g.down[1], g.current[2] - g.down[2]};
+    switch (interaction_mode) {
+    case MODE_MOVE:
+        action_move(d);
+        break;
+    case MODE_RESIZE:
+        action_resize(g.box_max, g.box_min, g.new_max, g.new_min);
+        break;
+    case MODE_ROTATE:
+        action_rotate(g.rotate_degrees, view, g.rotate_centre);
+        break;
+    case MODE_EXTRUDE:
+        action_extrude(g.down, d, view);
+        break;
+    default:
+        break;
+    }
+    redraw_all();
+}
+
+void handle_mouse_up(int view, int x, int y, int button)
+{
+    if (!g.button_down || button != g.button) return;
+    g.button_down = 0;
+    view = g.view;
+    apply_axis_lock(&x, &y);
+    mouse_to_point(x, y, view, g.current);
+    overlay_clear(view);
+    if (g.set_cursor) {
+        snap_to_grid(g.current);
+        for (int i = 0; i < 3; i++) cursor_3d[i] = g.current[i];
+        g.set_cursor = 0;
+        redraw_orth();
+        return;
+    }
+    if (g.brush) {
+        console_printf("dragselect end\n");
+        g.brush = 0;
+        redraw_all();
+        display_status();
+        return;
+    }
+    if (interaction_mode != 0) snap_to_grid(g.current);
+    int mode = interaction_mode;
+    if (mode == 0) finish_selection(view, x, y);
+    else if (mode >= 1 && mode <= 3) release_line_mode(view, button);
+    else if (mode >= 4 && mode <= 13) release_primitive(view);
+    else if (mode >= MODE_MOVE) release_drag(view);
+    /* What the mode returns to. */
+    if (mode >= 1 && mode <= 3) {
+    } else if ((mode >= 4 && mode <= 13) || mode == MODE_EXTRUDE) {
+        set_new_move_mode(MODE_MOVE);
+        set_mode(0);
+    } else if (mode == MODE_MOVE || mode == MODE_RESIZE || mode == MODE_ROTATE) {
+        set_mode(0);
+    } else {
+        set_mode(g.mode_at_down);
+    }
+    display_status();
+}
+
+/* ---- keys ---- */
+
+void handle_special_key_press(int view, int keycode, int state)
+{
+    if (view < 0) return;
+    if (view == 3) {
+        handle_special_key_press_3d(keycode, state);
+        return;
+    }
+    int step = (state & QUALIFIER_SHIFT) ? 50 : 20;
+    int control = state & QUALIFIER_CONTROL;
+    float f = (state & QUALIFIER_SHIFT) ? 1.5f : 1.1f;
+    switch (keycode) {
+    case KEY_UP:
+    case KEY_DOWN: {
+        int up = keycode == KEY_UP;
+        if (!control) {
+            move_view(view, 0, up ? (float)step : (float)-step);
+            return;
+        }
+        if (prefs.independent_window_zoom) {
+            up ? scale_win(view, f) : scale_win2(view, f);
+            return;
+        }
+        const int order[3] = {0, 2, 1};
+        for (int v : order) up ? scale_win(v, f) : scale_win2(v, f);
+        return;
+    }
+    case KEY_LEFT:
+        move_view(view, (float)step, 0);
+        return;
+    case KEY_RIGHT:
+        move_view(view, (float)-step, 0);
+        return;
+    default:
+        return;
+    }
+}
+
+static int is_special_code(int c)
+{
+    return c == KEY_LEFT || c == KEY_UP || c == KEY_RIGHT || c == KEY_DOWN;
+}
+
+/* The key preferences, in the order they are tried. */
+static int handle_key_preference(int view, int c)
+{
+    if (c == prefs.key_reset) reset_views();
+    else if (c == prefs.key_centre) { home_windows(); redraw_orth(); }
+    else if (c == 'd') action_duplicate();
+    else if (c == prefs.key_mode_tree) set_new_select_mode(0);
+    else if (c == prefs.key_mode_object) set_new_select_mode(1);
+    else if (c == prefs.key_mode_vertex) set_new_select_mode(2);
+    else if (c == prefs.key_snap_together) action_snap_together();
+    else if (c == prefs.key_submode_move) set_new_move_mode(MODE_MOVE);
+    else if (c == prefs.key_submode_resize) set_new_move_mode(MODE_RESIZE);
+    else if (c == prefs.key_submode_rotate) set_new_move_mode(MODE_ROTATE);
+    else if (c == prefs.key_submode_extrude) set_new_move_mode(MODE_EXTRUDE);
+    else if (c == prefs.key_selection_clear) clear_selection_refresh();
+    else if (c == prefs.key_select_all) select_all();
+    else if (c == prefs.key_undo) action_undo();
+    else if (c == prefs.key_info) list_objects();
+    else if (c == prefs.key_goto) goto_selected(view);
+    else if (c == prefs.key_goto_all) goto_selected_all();
+    else if (c == prefs.key_selected_fit) fit_selected(view);
+    else if (c == prefs.key_selected_fit_all) fit_selected_all();
+    else if (c == prefs.key_selection_hide) action_hide();
+    else if (c == prefs.key_zoom_in) zoom_in_win(view);
+    else if (c == prefs.key_zoom_out) zoom_out_win(view);
+    else return 0;
+    return 1;
 }
 
 void handle_key_press(int view, int character, int state)
 {
-    if (view == 3) handle_key_press_3d(character, state);
-}
-
-void handle_special_key_press(int view, int keycode, int state)
-{
-    if (view == 3) handle_special_key_press_3d(keycode, state);
+    if (view == 3) {
+        handle_key_press_3d(character, state);
+        return;
+    }
+    if (is_special_code(character)) {
+        handle_special_key_press(view, character, state);
+        return;
+    }
+    if (state & QUALIFIER_CONTROL) return;
+    if (character == KEY_BACKSPACE || character == KEY_DELETE) {
+        action_delete();
+        display_status();
+        return;
+    }
+    if (character == 0) return; /* an unset key preference never matches */
+    if (handle_key_preference(view, character)) display_status();
 }

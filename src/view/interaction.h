@@ -16,6 +16,9 @@ extern int move_submode;       /* 100 move, 101 resize, 102 rotate, 103 extrude 
 
 int set_new_draw_mode(int mode);
 int set_new_move_mode(int submode);
+void win_set_handle_cursor(int view, int handle);
+void resize_bounding_box(const float *p, int view, int control, int handle);
+void set_av_depth_box(int view, const float *a, const float *b, float *min_depth, float *max_depth);
 
 void handle_mouse_down(int view, int x, int y, int button, int state);
 void handle_mouse_move(int view, int x, int y);

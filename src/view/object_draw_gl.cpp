@@ -16,6 +16,14 @@
 #include <GL/glu.h>
 
 RenderState render_state = {GL_RENDER, 0, -1, 0, 1, 0, 1, {1, 1}};
+PickParams pick_params;
+
+void apply_pick_matrix(void)
+{
+    if (render_state.render_mode != GL_SELECT) return;
+    gluPickMatrix(pick_params.x, pick_params.y, pick_params.width, pick_params.height,
+                  pick_params.viewport);
+}
 
 void set_col(int index)
 {
@@ -176,7 +184,7 @@ static void draw_surface_3d(const Surface *s, SurfaceStyle *style, GLenum *previ
     glEnd();
 }
 
-static void draw_surface_orth(const Surface *s)
+void draw_surface_outline(const Surface *s)
 {
     glBegin(s->surface_kind == SURFACE_LINE ? GL_LINE_STRIP : GL_LINE_LOOP);
     for (List *r = s->vertrefs; r; r = r->next) glVertex3fv(((SVertex *)r->item)->vertex->point);
@@ -227,7 +235,7 @@ static void draw_object_surfaces(Object *o, int selected, int view)
             console_printf("surface vertices exceed 255\n");
             continue;
         }
-        if (render_state.orth_drawing) draw_surface_orth(s);
+        if (render_state.orth_drawing) draw_surface_outline(s);
         else draw_surface_3d(s, &style, &previous);
     }
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);

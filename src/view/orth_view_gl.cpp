@@ -8,6 +8,7 @@
 #include "app/prefs.h"
 #include "core/internal.h"
 #include "edit/selection.h"
+#include "view/overlay.h"
 #include "view/view_state.h"
 
 #include <GL/glu.h>
@@ -133,11 +134,12 @@ static void pixel_projection(int width, int height)
     glLoadIdentity();
 }
 
-static void model_projection(int view, int width, int height)
+void orth_model_projection(int view, int width, int height)
 {
     const ViewState &v = views[view];
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
+    apply_pick_matrix();
     glOrtho(-width * 0.5, width * 0.5, -height * 0.5, height * 0.5, -100000.0, 100000.0);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
@@ -241,6 +243,48 @@ static void draw_3d_cursor(int view)
     xor_mode(0);
 }
 
+/* The box outline of a drag, turned by the overlay's angle about its
+ * centre in the view's plane. */
+static void draw_overlay_box(const Overlay &o, int view)
+{
+    static const int axes[3][2] = {{0, 1}, {2, 1}, {0, 2}};
+    int h = axes[view][0], v = axes[view][1];
+    float corners[4][3];
+    for (int i = 0; i < 4; i++) {
+        for (int k = 0; k < 3; k++) corners[i][k] = o.box_min[k];
+        corners[i][h] = (i == 1 || i == 2) ? o.box_max[h] : o.box_min[h];
+        corners[i][v] = (i >= 2) ? o.box_max[v] : o.box_min[v];
+    }
+    double a = o.box_angle * 3.14159265358979323846 / 180.0;
+    int xs[4], ys[4];
+    for (int i = 0; i < 4; i++) {
+        float p[3] = {corners[i][0], corners[i][1], corners[i][2]};
+        if (a != 0.0) {
+            float dh = p[h] - o.box_centre[h], dv = p[v] - o.box_centre[v];
+            /* Screen-clockwise for positive angles, as the rotation drag turns. */
+            float sign = view == 2 ? -1.0f : 1.0f;
+            p[h] = o.box_centre[h] + (float)(dh * std::cos(a) + sign * dv * std::sin(a));
+            p[v] = o.box_centre[v] + (float)(-sign * dh * std::sin(a) + dv * std::cos(a));
+        }
+        point2xy(p, &xs[i], &ys[i], view);
+    }
+    glBegin(GL_LINE_LOOP);
+    for (int i = 0; i < 4; i++) glVertex2f(xs[i] + 0.5f, ys[i] + 0.5f);
+    glEnd();
+}
+
+static void draw_overlay(int view)
+{
+    const Overlay &o = overlays[view];
+    if (!o.shape && !o.line && !o.box) return;
+    xor_mode(1);
+    if (o.shape == OVERLAY_RECT) draw_rect(o.x0, o.y0, o.x1 - o.x0, o.y1 - o.y0);
+    if (o.shape == OVERLAY_ELLIPSE) draw_ellipse(o.x0, o.y0, o.x1 - o.x0, o.y1 - o.y0);
+    if (o.line) draw_line(o.lx0, o.ly0, o.lx1, o.ly1);
+    if (o.box) draw_overlay_box(o, view);
+    xor_mode(0);
+}
+
 void redraw_orth_real(int view, int width, int height, int double_buffered)
 {
     if (width < 1 || height < 1) return;
@@ -257,7 +301,7 @@ void redraw_orth_real(int view, int width, int height, int double_buffered)
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     pixel_projection(width, height);
     draw_orth_grid(view, width, height);
-    model_projection(view, width, height);
+    orth_model_projection(view, width, height);
     render_state.orth_drawing = 1;
     clock_t start = debug_flag ? clock() : 0;
     draw_model(view);
@@ -267,5 +311,6 @@ void redraw_orth_real(int view, int width, int height, int double_buffered)
     draw_selected_markers(view);
     if (!nothing_is_selected()) draw_bounding_box(view);
     draw_3d_cursor(view);
+    draw_overlay(view);
     glFlush();
 }

@@ -26,6 +26,7 @@ void setup_projection_3d(int width, int height)
     float aspect = (float)width / (float)height;
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
+    apply_pick_matrix();
     /* fov_3d divided by the aspect, truncated to a tenth of a degree. */
     double fovy = (double)(long)((float)prefs.fov_3d / aspect * 10.0f) * 0.1;
     gluPerspective(fovy, aspect, 0.1, 1000.0);
@@ -130,7 +131,7 @@ static void model_lights(void)
     }
 }
 
-static void camera_transform(int picking)
+void camera_transform(int picking)
 {
     const Person *p = get_person();
     float s = p->scale;

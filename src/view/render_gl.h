@@ -23,6 +23,17 @@ struct RenderState {
 
 extern RenderState render_state;
 
+/* The region of a pick: centre and size in GL window coordinates, and the
+ * viewport; applied with gluPickMatrix while render_mode is GL_SELECT. */
+struct PickParams {
+    double x, y, width, height;
+    GLint viewport[4];
+};
+
+extern PickParams pick_params;
+/* Multiplies the pick matrix into the projection when picking. */
+void apply_pick_matrix(void);
+
 /* Colour table of the orthographic views (indices into colour prefs). */
 void set_col(int index);
 /* Draws object and its descendants for one view (0-3). */
@@ -35,11 +46,22 @@ void set_material_cached(int index);
 void draw_surface_direct_3d(const Surface *s);
 void draw_object_direct(Object *o, int selected, int view);
 void draw_object_centre(Object *o, int selected, int view);
+void draw_surface_outline(const Surface *s);
+/* Sets up an orthographic view's projections (pixel or model). */
+void orth_model_projection(int view, int width, int height);
+
+/* Picking (picking_gl.cpp): select what is under a window region of a
+ * view; the 3D view takes the nearest hit, the orthographic views every
+ * hit. */
+void select_3d(int x, int y, int width, int height, int add, int remove);
+void select_orth(int x, int y, int width, int height, int view, int add, int remove);
 
 void init_3d_gl(int width, int height);
 void setup_projection_3d(int width, int height);
 void redraw_3d_real(int width, int height, int double_buffered);
 void render_clear_lights(void);
+/* The 3D view's camera transform (and lights unless picking). */
+void camera_transform(int picking);
 void render_lights_off(void);
 
 void redraw_orth_real(int view, int width, int height, int double_buffered);

@@ -21,8 +21,15 @@ static const int view_axes[3][2] = {{0, 1}, {2, 1}, {0, 2}};
 
 static bool is_orth(int view) { return view >= 0 && view <= 2; }
 
+/* The selection box shows its handles in a view where it has extent. */
+static void update_box_handles(void)
+{
+    for (int v = 0; v < 3; v++) views[v].handles = selection.view_has_extent[v];
+}
+
 void init_views(void)
 {
+    selection_box_changed = update_box_handles;
     for (int v = 0; v < NUM_VIEWS; v++) {
         views[v].scale = reset_scale;
         views[v].centre[0] = 600 * 0.5f;
