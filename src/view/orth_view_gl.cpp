@@ -4,18 +4,22 @@
  * selection box with its handles and the 3D cursor; and the 2D drawing
  * primitives in window pixels, including the XOR forms for rubber bands.
  */
+#define GL_GLEXT_PROTOTYPES 1
 #include "view/render_gl.h"
 #include "app/prefs.h"
 #include "core/internal.h"
 #include "edit/selection.h"
 #include "view/overlay.h"
+#include "view/redraw.h"
 #include "view/view_state.h"
 
 #include <GL/glu.h>
+#include <GL/glext.h>
 
 #include <cmath>
 #include <cstring>
 #include <ctime>
+#include <vector>
 
 enum { BOX_MARGIN = 13, CURSOR_ARM = 20 };
 
@@ -285,6 +289,68 @@ static void draw_overlay(int view)
     xor_mode(0);
 }
 
+/* ---- the picture cache ----
+ *
+ * The grid and the model of a view change only with the model, the view's
+ * mapping or the drawing settings; the overlays on top (markers of the
+ * selected vertices, selection box, 3D cursor, rubber bands) change far
+ * more often.  So each view keeps the pixels of its grid-and-model layer
+ * and puts them back while nothing they depend on has changed. */
+
+struct PictureCache {
+    unsigned long key;
+    int width, height, valid;
+    std::vector<unsigned char> pixels;
+};
+
+static PictureCache picture_caches[3];
+
+static unsigned long mix_bits(unsigned long h, const void *data, size_t n)
+{
+    const unsigned char *p = (const unsigned char *)data;
+    for (size_t i = 0; i < n; i++) h = (h ^ p[i]) * 1099511628211UL;
+    return h;
+}
+
+static unsigned long picture_key(int view, int width, int height)
+{
+    unsigned long h = 1469598103934665603UL;
+    const ViewState &v = views[view];
+    h = mix_bits(h, &model_generation, sizeof model_generation);
+    h = mix_bits(h, &v.scale, sizeof v.scale);
+    h = mix_bits(h, v.pan, sizeof v.pan);
+    h = mix_bits(h, v.centre, sizeof v.centre);
+    const int ints[] = {view, width, height, prefs.show_drawgrid, prefs.col_background, prefs.col_grid,
+                        prefs.col_axis, prefs.col_line, prefs.col_selline, prefs.col_vert,
+                        prefs.col_selvert, prefs.show_vertices, prefs.vert_size, prefs.handles_hollow,
+                        prefs.show_object_centres, prefs.object_centre_size, selection.select_mode};
+    h = mix_bits(h, ints, sizeof ints);
+    h = mix_bits(h, &prefs.drawgrid, sizeof prefs.drawgrid);
+    return h;
+}
+
+static int picture_restore(int view, unsigned long key, int width, int height)
+{
+    PictureCache &c = picture_caches[view];
+    if (!c.valid || c.key != key || c.width != width || c.height != height) return 0;
+    glWindowPos2i(0, 0);
+    glDrawPixels(width, height, GL_BGRA, GL_UNSIGNED_BYTE, c.pixels.data());
+    return 1;
+}
+
+static void picture_store(int view, unsigned long key, int width, int height, int double_buffered)
+{
+    PictureCache &c = picture_caches[view];
+    c.pixels.resize((size_t)width * height * 4);
+    glReadBuffer(double_buffered ? GL_BACK : GL_FRONT);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, width, height, GL_BGRA, GL_UNSIGNED_BYTE, c.pixels.data());
+    c.key = key;
+    c.width = width;
+    c.height = height;
+    c.valid = 1;
+}
+
 void redraw_orth_real(int view, int width, int height, int double_buffered)
 {
     if (width < 1 || height < 1) return;
@@ -295,18 +361,23 @@ void redraw_orth_real(int view, int width, int height, int double_buffered)
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_LIGHTING);
     glDisable(GL_CULL_FACE);
-    float bg[3];
-    long_rgb_to_floats(prefs.col_background, &bg[0], &bg[1], &bg[2]);
-    glClearColor(bg[0], bg[1], bg[2], 0.0f);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    pixel_projection(width, height);
-    draw_orth_grid(view, width, height);
-    orth_model_projection(view, width, height);
-    render_state.orth_drawing = 1;
-    clock_t start = debug_flag ? clock() : 0;
-    draw_model(view);
-    if (debug_flag) console_printf("ORTH %d TIME %d\n", view, (int)((clock() - start) * 1000 / CLOCKS_PER_SEC));
-    render_state.orth_drawing = 0;
+    unsigned long key = picture_key(view, width, height);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    if (!picture_restore(view, key, width, height)) {
+        float bg[3];
+        long_rgb_to_floats(prefs.col_background, &bg[0], &bg[1], &bg[2]);
+        glClearColor(bg[0], bg[1], bg[2], 0.0f);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        pixel_projection(width, height);
+        draw_orth_grid(view, width, height);
+        orth_model_projection(view, width, height);
+        render_state.orth_drawing = 1;
+        clock_t start = debug_flag ? clock() : 0;
+        draw_model(view);
+        if (debug_flag) console_printf("ORTH %d TIME %d\n", view, (int)((clock() - start) * 1000 / CLOCKS_PER_SEC));
+        render_state.orth_drawing = 0;
+        picture_store(view, key, width, height, double_buffered);
+    }
     pixel_projection(width, height);
     draw_selected_markers(view);
     if (!nothing_is_selected()) draw_bounding_box(view);
