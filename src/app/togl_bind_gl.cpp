@@ -242,8 +242,36 @@ static int time_redraw_cmd(ClientData, Tcl_Interp *interp, int argc, const char 
     return TCL_OK;
 }
 
+/* vesk_time_pick VIEW X Y COUNT: picks COUNT times at window pixel (X, Y)
+ * of a view and answers the mean milliseconds per pick.  Used by the
+ * picking benchmark. */
+static void pick_in_view(int view, int x, int y, int width, int height, int add, int remove);
+
+static int time_pick_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+{
+    int view = argc == 5 ? atoi(argv[1]) : -1;
+    int count = argc == 5 ? atoi(argv[4]) : 0;
+    if (view < 0 || view >= NUM_VIEWS || count < 1 || !slots[view].togl) {
+        Tcl_SetResult(interp, (char *)"usage: vesk_time_pick view(0-3) x y count", TCL_STATIC);
+        return TCL_ERROR;
+    }
+    struct timespec t0, t1;
+    clock_gettime(CLOCK_MONOTONIC, &t0);
+    for (int i = 0; i < count; i++) {
+        int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
+        pick_in_view(view, atoi(argv[2]), atoi(argv[3]), range, range, 0, 0);
+    }
+    clock_gettime(CLOCK_MONOTONIC, &t1);
+    double ms = ((t1.tv_sec - t0.tv_sec) * 1e3 + (t1.tv_nsec - t0.tv_nsec) / 1e6) / count;
+    char text[64];
+    snprintf(text, sizeof text, "%.2f", ms);
+    Tcl_SetResult(interp, text, TCL_VOLATILE);
+    return TCL_OK;
+}
+
 void register_togl_callbacks(Tcl_Interp *interp)
 {
+    Tcl_CreateCommand(interp, "vesk_time_pick", time_pick_cmd, nullptr, nullptr);
     Tcl_CreateCommand(interp, "vesk_time_redraw", time_redraw_cmd, nullptr, nullptr);
     Tcl_CreateCommand(interp, "vesk_togl_create", togl_callback, (ClientData)0, nullptr);
     Tcl_CreateCommand(interp, "vesk_togl_reshape", togl_callback, (ClientData)1, nullptr);

@@ -1,0 +1,47 @@
+#!/bin/sh
+# Times redraws and picks of the four views of the real modeller under a
+# virtual display, for models of 100k and 1M triangles, and prints
+# milliseconds.  usage: bench/bench_views.sh [BUILD_DIR]   (default build)
+set -e
+here=$(cd "$(dirname "$0")" && pwd)
+top=$(dirname "$here")
+build=${1:-$top/build}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/home" "$work/plugins"
+printf 'VKPR 12\nplugin_dir "%s"\n' "$work/plugins" > "$work/home/veskprefs.txt"
+cat > "$work/plugins/timing.tcl" <<'TCL'
+# Runs once the model is loaded and drawn, prints the figures and quits.
+after 2000 {
+    update
+    set prefs_show_vertices 0
+    vesk redraw_all
+    update
+    foreach v {0 1 2 3} {
+        vesk redraw_all
+        set first [vesk_time_redraw $v 1]
+        puts [format "  view %d redraw: %8s ms after a change, %8s ms unchanged" $v $first [vesk_time_redraw $v 5]]
+    }
+    set sum 0
+    vesk redraw_all
+    foreach v {0 1 2 3} { set sum [expr {$sum + [vesk_time_redraw $v 1]}] }
+    puts [format "  all four views after a change: %.1f ms" $sum]
+    foreach mode {0 1 2} {
+        vesk set_select_mode $mode
+        set w [winfo width .views.xyzframe.f.win]
+        set h [winfo height .views.xyzframe.f.win]
+        set p3 [vesk_time_pick 3 [expr {$w / 2}] [expr {$h / 2}] 3]
+        set w [winfo width .views.xzframe.f.win]
+        set h [winfo height .views.xzframe.f.win]
+        set p2 [vesk_time_pick 2 [expr {$w / 2}] [expr {$h / 2}] 3]
+        puts [format "  pick, select mode %d: 3D view %s ms, plan view %s ms" $mode $p3 $p2]
+    }
+    exit 0
+}
+TCL
+for n in 224 708; do
+  tclsh "$here/make_mesh.tcl" $n "$work/mesh.vk"
+  echo "model of $((2 * n * n)) triangles:"
+  (cd "$top" && HOME="$work/home" sh "$top/tests/gui/run_with_xvfb.sh" "$build/vesk" "$work/mesh.vk" 2>&1) |
+    grep -E "^  "
+done
