@@ -217,56 +217,67 @@ static int window_geometry(int view, int rect[4])
     return 1;
 }
 
-/* vesk_time_redraw VIEW COUNT: draws a view COUNT times at once, waiting
- * for each frame to finish, and answers the mean milliseconds per frame.
- * Used by the redraw benchmark. */
-static int time_redraw_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+/* ---- timing commands for the benchmarks ---- */
+
+static void pick_in_view(int view, int x, int y, int width, int height, int add, int remove);
+
+struct TimedCall {
+    int view, x, y, count;
+};
+
+static double now_ms(void)
 {
-    int view = argc == 3 ? atoi(argv[1]) : -1;
-    int count = argc == 3 ? atoi(argv[2]) : 0;
-    if (view < 0 || view >= NUM_VIEWS || count < 1 || !slots[view].togl) {
-        Tcl_SetResult(interp, (char *)"usage: vesk_time_redraw view(0-3) count", TCL_STATIC);
-        return TCL_ERROR;
+    struct timespec t;
+    clock_gettime(CLOCK_MONOTONIC, &t);
+    return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
+}
+
+/* Runs one redraw (pick false) or pick COUNT times and answers the mean
+ * milliseconds per call. */
+static int time_calls(Tcl_Interp *interp, const TimedCall &c, bool pick)
+{
+    double start = now_ms();
+    int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
+    for (int i = 0; i < c.count; i++) {
+        if (pick) {
+            pick_in_view(c.view, c.x, c.y, range, range, 0, 0);
+        } else {
+            redisplay(slots[c.view].togl, c.view);
+            glFinish();
+        }
     }
-    struct timespec t0, t1;
-    clock_gettime(CLOCK_MONOTONIC, &t0);
-    for (int i = 0; i < count; i++) {
-        redisplay(slots[view].togl, view);
-        glFinish();
-    }
-    clock_gettime(CLOCK_MONOTONIC, &t1);
-    double ms = ((t1.tv_sec - t0.tv_sec) * 1e3 + (t1.tv_nsec - t0.tv_nsec) / 1e6) / count;
     char text[64];
-    snprintf(text, sizeof text, "%.2f", ms);
+    snprintf(text, sizeof text, "%.2f", (now_ms() - start) / c.count);
     Tcl_SetResult(interp, text, TCL_VOLATILE);
     return TCL_OK;
 }
 
-/* vesk_time_pick VIEW X Y COUNT: picks COUNT times at window pixel (X, Y)
- * of a view and answers the mean milliseconds per pick.  Used by the
- * picking benchmark. */
-static void pick_in_view(int view, int x, int y, int width, int height, int add, int remove);
+static int usage(Tcl_Interp *interp, const char *text)
+{
+    Tcl_SetResult(interp, (char *)text, TCL_STATIC);
+    return TCL_ERROR;
+}
 
+/* vesk_time_redraw VIEW COUNT: draws a view COUNT times at once, waiting
+ * for each frame to finish. */
+static int time_redraw_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+{
+    TimedCall c = {argc == 3 ? atoi(argv[1]) : -1, 0, 0, argc == 3 ? atoi(argv[2]) : 0};
+    if (c.view < 0 || c.view >= NUM_VIEWS || c.count < 1 || !slots[c.view].togl) {
+        return usage(interp, "usage: vesk_time_redraw view(0-3) count");
+    }
+    return time_calls(interp, c, false);
+}
+
+/* vesk_time_pick VIEW X Y COUNT: picks COUNT times at window pixel (X, Y). */
 static int time_pick_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
 {
-    int view = argc == 5 ? atoi(argv[1]) : -1;
-    int count = argc == 5 ? atoi(argv[4]) : 0;
-    if (view < 0 || view >= NUM_VIEWS || count < 1 || !slots[view].togl) {
-        Tcl_SetResult(interp, (char *)"usage: vesk_time_pick view(0-3) x y count", TCL_STATIC);
-        return TCL_ERROR;
+    if (argc != 5) return usage(interp, "usage: vesk_time_pick view(0-3) x y count");
+    TimedCall c = {atoi(argv[1]), atoi(argv[2]), atoi(argv[3]), atoi(argv[4])};
+    if (c.view < 0 || c.view >= NUM_VIEWS || c.count < 1 || !slots[c.view].togl) {
+        return usage(interp, "usage: vesk_time_pick view(0-3) x y count");
     }
-    struct timespec t0, t1;
-    clock_gettime(CLOCK_MONOTONIC, &t0);
-    for (int i = 0; i < count; i++) {
-        int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
-        pick_in_view(view, atoi(argv[2]), atoi(argv[3]), range, range, 0, 0);
-    }
-    clock_gettime(CLOCK_MONOTONIC, &t1);
-    double ms = ((t1.tv_sec - t0.tv_sec) * 1e3 + (t1.tv_nsec - t0.tv_nsec) / 1e6) / count;
-    char text[64];
-    snprintf(text, sizeof text, "%.2f", ms);
-    Tcl_SetResult(interp, text, TCL_VOLATILE);
-    return TCL_OK;
+    return time_calls(interp, c, true);
 }
 
 void register_togl_callbacks(Tcl_Interp *interp)
