@@ -37,17 +37,43 @@ set info [vesk get_info]
 check "info objects" [dict get $info objects] 0
 check "info palette" [dict get $info palette] 15
 
+# --- objects built by loading a model, read back through their ids ---
+vesk load_vk [file join $::tests_dir data vk model.vk]
+set table [lindex [vesk object_get_children $w] 0]
+check "group name with quotes and backslash" [vesk object_get_name $table] {table "oak" \ set}
+check "url" [vesk object_get_url $table] {http://example.com/table?x="1"}
+check "data keeps its line breaks" [vesk object_get_data $table] "Four legs.\n  A top.\n"
+set top [lindex [vesk object_get_children $table] 0]
+check "vertices as x y z triples" [llength [vesk object_get_vertices $top]] 4
+check "first surface: kind mat shading twosided, then i u v" [lindex [vesk object_get_surfaces $top] 0] \
+    [list 0 [lindex [lindex [vesk object_get_surfaces $top] 0] 1] 1 1 {0 0 0} {1 1 0} {2 1 1} {3 0 1}]
+check "hide" [list [vesk object_hide $table] [vesk object_is_hidden $table] [vesk object_is_hidden $top]] [list "" 1 1]
+check "hidden flag linked" $objects_are_hidden 1
+vesk object_unhide $table
+check "unhide" [vesk object_is_hidden $top] 0
+vesk clear_selection
+vesk object_select $table
+vesk set_current_object_name "renamed \[not evaluated\]"
+check "current object renamed" [vesk object_get_name $table] {renamed [not evaluated]}
+vesk set_current_object_url ""
+check "url cleared" [vesk object_get_url $table] ""
+check "info counts the loaded objects" [dict get [vesk get_info] objects] 4
+check "unsaved flag after an edit" $unsaved_changes 1
+vesk clear_selection
+check_match "stale id after the objects are gone" [capture_console {vesk object_get_name 987654}] "*no object with id 987654*"
+
 # --- palette commands ---
 set buttons {}
 proc add_palette_button {colour index} { lappend ::buttons [list $colour $index] }
-check "new entry returns count" [vesk new_palette_entry 7] 16
-check "button for new entry" [lindex $buttons 0] [list #458674 15]
-check "palette grew" [dict get [vesk get_info] palette] 16
+set size [dict get [vesk get_info] palette]
+check "new entry returns count" [vesk new_palette_entry 7] [expr {$size + 1}]
+check "button for new entry" [lindex $buttons 0] [list #458674 $size]
+check "palette grew" [dict get [vesk get_info] palette] [expr {$size + 1}]
 set edited {}
 proc edit_colour_ui {args} { set ::edited $args }
-vesk set_palette_entry 15 1 0.5 0 0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 42 0.25
-vesk edit_palette_entry 15
-check "editor shows the entry" [lrange $edited 0 3] {15 1.000000 0.500000 0.000000}
+vesk set_palette_entry $size 1 0.5 0 0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 42 0.25
+vesk edit_palette_entry $size
+check "editor shows the entry" [lrange $edited 0 3] [list $size 1.000000 0.500000 0.000000]
 check "editor emissive before specular" [lrange $edited 7 12] {0.400000 0.500000 0.600000 0.700000 0.800000 0.900000}
 check "editor scalars" [lrange $edited 13 14] {42.000000 0.250000}
 check_match "edit of a missing entry" [capture_console {vesk edit_palette_entry 300}] "*no palette entry 300*"
