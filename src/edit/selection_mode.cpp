@@ -11,6 +11,7 @@
  *   vertex -> tree     the trees of those owners, made visible
  */
 #include "edit/selection_internal.h"
+#include "edit/undo.h"
 
 static const char *const select_mode_words[] = {"tree", "object", "vertex"};
 
@@ -83,12 +84,10 @@ int set_new_select_mode(int mode)
         return 1;
     }
     List *reselect = objects_to_reselect(selection.select_mode, mode);
-    /* The mode change is undoable: here the undo record of kind
-     * "selection" is started and takes the old selection over
-     *     new_undo(UNDO_SELECTION, "selection");
-     *     set_undo_selection(vertices, objects, 1);
-     * which also leaves the selection empty.  Without undo records the
-     * old selection is simply dropped. */
+    /* The mode change is undoable: the record takes the old selection
+     * over, which also leaves the selection empty. */
+    new_undo(UNDO_SELECTION, "selection");
+    set_undo_selection(selection.selected_vertices, selection.selected_objects, 1);
     clear_selection();
     selection.select_mode = mode;
     select_objectlist(reselect);

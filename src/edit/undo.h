@@ -52,6 +52,15 @@ struct UndoRecord {
     int select_mode;
     List *vertex_positions;
     List *added_objects;
+    /* Handles of the added object(s): a handle outlives its object only as
+     * an unknown number, so undo never reaches a freed record through
+     * them. */
+    uint32_t added_object_handle;
+    uint32_t *added_object_handles;
+    uint32_t num_added_object_handles;
+    /* saved_objects holds deep copies (set_undo_partselected) that the
+     * record must free. */
+    int saved_objects_owned;
 };
 
 UndoRecord *new_undo(int kind, const char *label);
@@ -72,5 +81,9 @@ int UNDO(void);
 void clear_all_undos(void);
 /* The record the next undo reverts, or null. */
 UndoRecord *undo_current(void);
+/* Saves the position of every vertex the selection moves: the selected
+ * vertices and all vertices of the selected subtrees (kind vertex
+ * positions). */
+void set_undo_selected_vertex_positions(void);
 
 #endif

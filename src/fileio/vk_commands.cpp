@@ -8,6 +8,7 @@
 #include "app/linked_vars.h"
 #include "app/shared_state.h"
 #include "edit/selection.h"
+#include "edit/undo.h"
 #include "fileio/vk_file.h"
 
 #include <cerrno>
@@ -45,6 +46,9 @@ int command_load_vk_object(char *filename)
     int was_empty = model_size() == 0;
     unsigned long before = model_size();
     int ok = readfile_vk(filename, world, 1);
+    /* A load into an empty world replaces the model: the history of the
+     * model before it goes. */
+    if (was_empty) clear_all_undos();
     if (ok) {
         /* The model is the file only when it was empty before. */
         set_unsaved_changes(was_empty ? 0 : 1);

@@ -1,0 +1,391 @@
+/*
+ * edit/object_ops_support.cpp - bulk helpers of the editing operations
+ * and the undo history: owners of many vertices, deleting many vertices,
+ * appending many children, an exact deep copy of a subtree, and cleaning
+ * dead entries out of the selection.  Each works in one pass over the
+ * lists it touches, so that operations on a million vertices stay linear.
+ */
+#include "edit/object_ops.h"
+#include "edit/selection.h"
+#include "app/linked_vars.h"
+#include "app/shared_state.h"
+#include "core/lights.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+void edit_mark_changed(void)
+{
+    unsaved_changes = 1;
+    ui_update_linked_var(&unsaved_changes);
+}
+
+/* ---- finding owners ---- */
+
+void find_vertex_owners(PointerTable *owners)
+{
+    size_t unresolved = 0;
+    for (const PointerSlot &s : owners->slots) unresolved += s.key && !s.value;
+    if (!world || !unresolved) return;
+    std::vector<Object *> pending(1, world);
+    while (!pending.empty() && unresolved) {
+        Object *o = pending.back();
+        pending.pop_back();
+        for (List *v = o->vertices; v && unresolved; v = v->next) {
+            uintptr_t owner;
+            if (!ptable_get(owners, v->item, &owner) || owner) continue;
+            ptable_set(owners, v->item, (uintptr_t)o);
+            unresolved--;
+        }
+        /* Children in reverse onto the stack: visited in list order, as a
+         * depth-first search from the world would. */
+        size_t first = pending.size();
+        for (List *k = o->kids; k; k = k->next) pending.push_back((Object *)k->item);
+        std::reverse(pending.begin() + (long)first, pending.end());
+    }
+}
+
+List *owners_of_vertices(List *vertices)
+{
+    PointerTable owners;
+    for (List *v = vertices; v; v = v->next) {
+        if (v->item) ptable_set_if_absent(&owners, v->item, 0);
+    }
+    find_vertex_owners(&owners);
+    List *result = nullptr, *tail = nullptr;
+    PointerTable seen;
+    for (List *v = vertices; v; v = v->next) {
+        Object *owner = v->item ? (Object *)ptable_value(&owners, v->item) : nullptr;
+        if (owner && ptable_set_if_absent(&seen, owner, 1)) tail = list_add_item_fast(&result, tail, owner);
+    }
+    return result;
+}
+
+void find_live_objects(PointerTable *live)
+{
+    if (!world) return;
+    std::vector<Object *> pending(1, world);
+    while (!pending.empty()) {
+        Object *o = pending.back();
+        pending.pop_back();
+        ptable_set(live, o, 1);
+        for (List *k = o->kids; k; k = k->next) pending.push_back((Object *)k->item);
+    }
+}
+
+/* ---- deleting many vertices ---- */
+
+/* Unlinks the references to doomed vertices from the surface; returns 1
+ * when the surface is left without references. */
+static int surface_drop_refs(Surface *s, const PointerTable *doomed)
+{
+    List **link = &s->vertrefs;
+    while (*link) {
+        SVertex *ref = (SVertex *)(*link)->item;
+        if (!ptable_get(doomed, ref->vertex, nullptr)) {
+            link = &(*link)->next;
+            continue;
+        }
+        List *gone = *link;
+        *link = gone->next;
+        myfree(ref);
+        myfree(gone);
+        s->num_vertrefs--;
+    }
+    return s->vertrefs == nullptr;
+}
+
+/* Deletes the object's vertices that doomed maps to it; returns how many. */
+static unsigned int object_drop_vertices(Object *o, const PointerTable *doomed)
+{
+    unsigned int n = 0;
+    List **link = &o->vertices;
+    std::vector<Vertex *> freed;
+    while (*link) {
+        uintptr_t owner;
+        if (!ptable_get(doomed, (*link)->item, &owner) || owner != (uintptr_t)o) {
+            link = &(*link)->next;
+            continue;
+        }
+        List *gone = *link;
+        *link = gone->next;
+        freed.push_back((Vertex *)gone->item);
+        myfree(gone);
+        o->num_vert--;
+        n++;
+    }
+    if (!n) return 0;
+    /* As object_delete_vertex: every surface left without references
+     * goes, also one that had none before. */
+    link = &o->surfaces;
+    while (*link) {
+        Surface *s = (Surface *)(*link)->item;
+        if (!surface_drop_refs(s, doomed)) {
+            link = &(*link)->next;
+            continue;
+        }
+        List *gone = *link;
+        *link = gone->next;
+        myfree(gone);
+        o->num_surf--;
+        surface_free(s);
+    }
+    for (Vertex *v : freed) myfree(v);
+    return n;
+}
+
+unsigned int delete_vertices(List *vertices, int *objects_deleted)
+{
+    if (objects_deleted) *objects_deleted = 0;
+    PointerTable doomed;
+    for (List *v = vertices; v; v = v->next) {
+        if (v->item) ptable_set_if_absent(&doomed, v->item, 0);
+    }
+    find_vertex_owners(&doomed);
+    std::vector<Object *> owners;
+    PointerTable seen;
+    for (List *v = vertices; v; v = v->next) {
+        Object *owner = v->item ? (Object *)ptable_value(&doomed, v->item) : nullptr;
+        if (owner && ptable_set_if_absent(&seen, owner, 1)) owners.push_back(owner);
+    }
+    unsigned int n = 0;
+    std::vector<uint32_t> emptied;
+    for (Object *o : owners) {
+        n += object_drop_vertices(o, &doomed);
+        if (o != world && !o->vertices && !o->surfaces && !o->kids) emptied.push_back(object_handle(o));
+    }
+    /* By handle: deleting one emptied object may already have deleted
+     * another (an emptied group above it). */
+    for (uint32_t h : emptied) {
+        Object *o = object_from_handle(h);
+        if (!o) continue;
+        debugf("removing empty object %lx \n", (unsigned long)(uintptr_t)o);
+        object_delete(o);
+        if (objects_deleted) *objects_deleted = 1;
+    }
+    return n;
+}
+
+/* ---- appending children ---- */
+
+ChildAppender child_appender(Object *parent)
+{
+    ChildAppender a = {parent, parent->kids ? list_end(parent->kids) : nullptr};
+    return a;
+}
+
+void append_child(ChildAppender *a, Object *child)
+{
+    a->tail = list_add_item_fast(&a->parent->kids, a->tail, child);
+    child->parent = a->parent;
+    a->parent->num_kids++;
+}
+
+/* ---- walking and detaching many objects ---- */
+
+std::vector<Object *> subtree_objects(Object *object)
+{
+    std::vector<Object *> order, pending;
+    if (object) pending.push_back(object);
+    while (!pending.empty()) {
+        Object *o = pending.back();
+        pending.pop_back();
+        order.push_back(o);
+        size_t first = pending.size();
+        for (List *k = o->kids; k; k = k->next) pending.push_back((Object *)k->item);
+        std::reverse(pending.begin() + (long)first, pending.end());
+    }
+    return order;
+}
+
+std::vector<uint32_t> handles_of(List *objects)
+{
+    std::vector<uint32_t> handles;
+    for (List *l = objects; l; l = l->next) {
+        if (l->item && l->item != world) handles.push_back(object_handle((Object *)l->item));
+    }
+    return handles;
+}
+
+std::vector<uint32_t> handles_of_topmost(List *objects)
+{
+    PointerTable listed;
+    for (List *l = objects; l; l = l->next) ptable_set(&listed, l->item, 1);
+    std::vector<uint32_t> handles;
+    for (List *l = objects; l; l = l->next) {
+        Object *o = (Object *)l->item;
+        if (!o || o == world) continue;
+        Object *up = o->parent;
+        while (up && !ptable_get(&listed, up, nullptr)) up = up->parent;
+        if (!up) handles.push_back(object_handle(o));
+    }
+    return handles;
+}
+
+/* Unlinks the chosen children of parent in one sweep. */
+static void sweep_children(Object *parent, const PointerTable *chosen)
+{
+    List **link = &parent->kids;
+    while (*link) {
+        if (!ptable_get(chosen, (*link)->item, nullptr)) {
+            link = &(*link)->next;
+            continue;
+        }
+        List *gone = *link;
+        *link = gone->next;
+        ((Object *)gone->item)->parent = nullptr;
+        parent->num_kids--;
+        myfree(gone);
+    }
+}
+
+std::vector<Object *> detach_objects(const std::vector<uint32_t> &handles, int cleanup)
+{
+    PointerTable chosen, parent_seen;
+    std::vector<Object *> parents;
+    for (uint32_t h : handles) {
+        Object *o = object_from_handle(h);
+        if (!o || o == world || !ptable_set_if_absent(&chosen, o, 1)) continue;
+        if (o->parent && ptable_set_if_absent(&parent_seen, o->parent, 1)) parents.push_back(o->parent);
+    }
+    std::vector<uint32_t> parent_handles;
+    for (Object *p : parents) {
+        sweep_children(p, &chosen);
+        parent_handles.push_back(object_handle(p));
+    }
+    if (cleanup) {
+        /* By handle: one deletion may cascade to a parent listed later. */
+        for (uint32_t h : parent_handles) {
+            Object *p = object_from_handle(h);
+            if (p && p != world && !p->kids && !p->vertices) object_delete(p);
+        }
+    }
+    std::vector<Object *> detached;
+    PointerTable out;
+    for (uint32_t h : handles) {
+        Object *o = object_from_handle(h);
+        if (o && o != world && !o->parent && ptable_set_if_absent(&out, o, 1)) detached.push_back(o);
+    }
+    return detached;
+}
+
+/* ---- exact copies ---- */
+
+/* The record alone: every field copied, strings duplicated, no lists, no
+ * parent, no handle. */
+static Object *copy_record(Object *o)
+{
+    size_t size = o->type == OBJECT_LIGHT ? sizeof(Light) : sizeof(Object);
+    Object *c = (Object *)myalloc((unsigned int)size);
+    memcpy(c, o, size);
+    c->name = mystrdup(o->name);
+    c->data = mystrdup(o->data);
+    c->url = mystrdup(o->url);
+    c->vertices = c->surfaces = c->kids = nullptr;
+    c->num_vert = c->num_surf = c->num_kids = 0;
+    c->parent = nullptr;
+    c->deleted = 0;
+    c->handle = 0;
+    return c;
+}
+
+static Surface *copy_surface(Surface *s, const std::vector<Vertex *> &from, const std::vector<Vertex *> &to)
+{
+    Surface *c = new_surface();
+    c->mat = s->mat;
+    memcpy(c->normal, s->normal, sizeof c->normal);
+    c->surface_kind = s->surface_kind;
+    c->shading = s->shading;
+    c->twosided = s->twosided;
+    List *tail = nullptr;
+    for (List *r = s->vertrefs; r; r = r->next) {
+        SVertex *ref = (SVertex *)r->item;
+        uint32_t i = ref->vertex ? ref->vertex->mark : UINT32_MAX;
+        /* A reference to a vertex of another object cannot be copied. */
+        if (i >= from.size() || from[i] != ref->vertex) continue;
+        tail = list_add_item_fast(&c->vertrefs, tail, new_svertex(to[i], ref->u, ref->v));
+        c->num_vertrefs++;
+    }
+    return c;
+}
+
+/* Copies the vertices and surfaces of o into c; the vertices are matched
+ * through their scratch numbers. */
+static void copy_geometry(Object *o, Object *c)
+{
+    std::vector<Vertex *> from, to;
+    List *tail = nullptr;
+    for (List *v = o->vertices; v; v = v->next) {
+        Vertex *vx = (Vertex *)v->item;
+        vx->mark = (uint32_t)from.size();
+        from.push_back(vx);
+        to.push_back(vertex_clone(vx));
+        tail = list_add_item_fast(&c->vertices, tail, to.back());
+        c->num_vert++;
+    }
+    tail = nullptr;
+    for (List *s = o->surfaces; s; s = s->next) {
+        tail = list_add_item_fast(&c->surfaces, tail, copy_surface((Surface *)s->item, from, to));
+        c->num_surf++;
+    }
+}
+
+Object *copy_object_exact(Object *object)
+{
+    Object *top = copy_record(object);
+    std::vector<std::pair<Object *, Object *>> pending(1, {object, top});
+    while (!pending.empty()) {
+        Object *o = pending.back().first, *c = pending.back().second;
+        pending.pop_back();
+        copy_geometry(o, c);
+        ChildAppender kids = child_appender(c);
+        for (List *k = o->kids; k; k = k->next) {
+            Object *child = copy_record((Object *)k->item);
+            append_child(&kids, child);
+            pending.push_back({(Object *)k->item, child});
+        }
+    }
+    return top;
+}
+
+/* ---- the selection after deletions ---- */
+
+static List *keep_live(List *list, const PointerTable *live)
+{
+    List *kept = nullptr, *tail = nullptr;
+    for (List *l = list; l; l = l->next) {
+        if (ptable_get(live, l->item, nullptr)) tail = list_add_item_fast(&kept, tail, l->item);
+    }
+    return kept;
+}
+
+/* The vertices of the list that some object of the model still holds. */
+static List *keep_live_vertices(List *vertices)
+{
+    PointerTable owners;
+    for (List *v = vertices; v; v = v->next) ptable_set_if_absent(&owners, v->item, 0);
+    find_vertex_owners(&owners);
+    List *kept = nullptr, *tail = nullptr;
+    for (List *v = vertices; v; v = v->next) {
+        if (ptable_value(&owners, v->item)) tail = list_add_item_fast(&kept, tail, v->item);
+    }
+    return kept;
+}
+
+void selection_forget_dead(void)
+{
+    int mode = selection.select_mode;
+    List *vertices, *objects;
+    selection_take_lists(&vertices, &objects);
+    PointerTable live;
+    find_live_objects(&live);
+    List *live_objects = keep_live(objects, &live);
+    List *live_vertices = keep_live_vertices(vertices);
+    list_free(&vertices);
+    list_free(&objects);
+    selection.select_mode = mode;
+    selection_adopt_lists(live_vertices, live_objects);
+    /* The current object and the box follow the lists again. */
+    select_objectlist(nullptr);
+}
