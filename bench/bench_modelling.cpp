@@ -1,0 +1,114 @@
+/*
+ * bench_modelling.cpp - times the surface operations and the revolve on
+ * meshes of n and 4n quadrilaterals (100k and 400k by default), with
+ * their undo snapshots, and prints seconds per step and the ratio of the
+ * two sizes: about 4 means the step is linear in its input.
+ * `bench_modelling [quads]` changes the smaller size.
+ */
+#include "vesk.h"
+#include "app/prefs.h"
+#include "edit/primitives.h"
+#include "edit/selection.h"
+#include "edit/surface_ops.h"
+#include "edit/extrude.h"
+#include "edit/undo.h"
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+static double seconds_since(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+static void clear_model(void)
+{
+    clear_all_undos();
+    clear_selection();
+    while (world->kids) object_delete((Object *)world->kids->item);
+}
+
+/* A selected mesh of about the given number of quadrilaterals. */
+static Object *selected_mesh(unsigned int quads)
+{
+    clear_model();
+    int side = (int)std::ceil(std::sqrt((double)quads));
+    prefs.mesh_x = prefs.mesh_y = side;
+    prefs.mesh_from_triangles = 0;
+    const float a[3] = {0, 0, 0}, b[3] = {(float)side, (float)side, 0};
+    Object *mesh = add_mesh(0, a, b);
+    object_add_child(world, mesh);
+    select_object(mesh);
+    return mesh;
+}
+
+/* A mesh of polygons of eight corners (each quad of the mesh with a new
+ * point on each edge), for the tessellator. */
+static void octagon_mesh(unsigned int quads)
+{
+    Object *mesh = selected_mesh(quads);
+    selection.select_mode = SELECT_VERTEX;
+    clear_selection();
+    select_object(mesh);
+    selected_insert_vertex();
+    selection.select_mode = SELECT_TREE;
+    clear_selection();
+    select_object(mesh);
+}
+
+/* A selected object of line segments, one per quad of the mesh. */
+static void selected_profile(unsigned int quads)
+{
+    Object *mesh = selected_mesh(quads);
+    object_set_surface_type(mesh, SURFACE_LINE);
+}
+
+struct Step {
+    const char *label;
+    void (*prepare)(unsigned int);
+    int (*run)(void);
+};
+
+static double time_step(const Step &step, unsigned int quads)
+{
+    step.prepare(quads);
+    unsigned int before = world->kids ? ((Object *)world->kids->item)->num_surf : 0;
+    auto start = std::chrono::steady_clock::now();
+    step.run();
+    double t = seconds_since(start);
+    unsigned int after = world->kids ? ((Object *)world->kids->item)->num_surf : 0;
+    printf("%-24s %8u surfaces -> %8u   %8.3f s\n", step.label, before, after, t);
+    return t;
+}
+
+static int revolve_y(void) { return rotate_form_selected_objects(1); }
+static void plain_mesh(unsigned int quads) { selected_mesh(quads); }
+
+int main(int argc, char **argv)
+{
+    unsigned int quads = argc > 1 ? (unsigned int)strtoul(argv[1], nullptr, 10) : 100000;
+    if (quads == 0) quads = 1;
+    prefs_set_defaults();
+    prefs.undo_levels = 2;
+    world = new_world();
+    prefs.rot_segments = 4;
+    const Step steps[] = {
+        {"subdivide", plain_mesh, selected_subdivide_surfaces},
+        {"spike", plain_mesh, selected_spike_surfaces},
+        {"triangulate quads", plain_mesh, selected_surface_triangulate},
+        {"triangulate octagons", octagon_mesh, selected_surface_triangulate},
+        {"make hole", plain_mesh, selected_surfaces_make_hole},
+        {"bevel", plain_mesh, selected_surfaces_bevel},
+        {"spline", plain_mesh, spline_selected},
+        {"revolve (4 steps)", selected_profile, revolve_y},
+    };
+    for (const Step &step : steps) {
+        double small = time_step(step, quads);
+        double large = time_step(step, 4 * quads);
+        printf("%-24s ratio for 4x the input: %.2f\n\n", step.label, small > 0 ? large / small : 0.0);
+    }
+    clear_model();
+    return 0;
+}
