@@ -553,9 +553,9 @@ static void release_drag(int view)
 void handle_mouse_up(int view, int x, int y, int button)
 {
     if (!g.button_down || button != g.button) return;
-    g.button_down = 0;
     view = g.view;
     apply_axis_lock(&x, &y);
+    g.button_down = 0;
     mouse_to_point(x, y, view, g.current);
     overlay_clear(view);
     if (g.set_cursor) {
@@ -640,7 +640,7 @@ static int handle_key_preference(int view, int c)
 {
     if (c == prefs.key_reset) reset_views();
     else if (c == prefs.key_centre) { home_windows(); redraw_orth(); }
-    else if (c == 'd') action_duplicate();
+    else if (c == 'd') action_duplicate(view);
     else if (c == prefs.key_mode_tree) set_new_select_mode(0);
     else if (c == prefs.key_mode_object) set_new_select_mode(1);
     else if (c == prefs.key_mode_vertex) set_new_select_mode(2);

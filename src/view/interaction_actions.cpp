@@ -1,29 +1,176 @@
 /*
  * view/interaction_actions.cpp - the edits at the end of mouse gestures
- * and keys (see interaction_actions.h).
+ * and keys (see interaction_actions.h): each records its undo, edits, and
+ * reports on the status line.
  */
 #include "view/interaction_actions.h"
 #include "app/commands.h"
+#include "app/shared_state.h"
+#include "core/lights.h"
+#include "edit/extrude.h"
+#include "edit/object_ops.h"
+#include "edit/primitives.h"
 #include "edit/selection.h"
+#include "edit/transform.h"
 #include "edit/undo.h"
+#include "view/interaction.h"
 #include "view/redraw.h"
 
-static void not_yet(const char *what)
+#include <cmath>
+
+void action_move(const float *d)
 {
-    display_message("%s is not available yet", what);
+    if (nothing_is_selected()) return;
+    display_message("moving...");
+    new_undo(UNDO_MOVE, "move");
+    set_undo_vert(d[0], d[1], d[2]);
+    translate_all_selected(d);
+    find_bounding_box();
+    selected_calc_normals();
+    unsaved_changes = 1;
+    display_message("move done");
 }
 
-void action_move(const float *) { not_yet("moving"); }
-void action_resize(const float *, const float *, const float *, const float *) { not_yet("resizing"); }
-void action_rotate(float, int, const float *) { not_yet("rotating"); }
-void action_extrude(const float *, const float *, int) { not_yet("extruding"); }
-Object *action_primitive(int, int, const float *, const float *)
+void action_resize(const float *from_max, const float *from_min, const float *to_max, const float *to_min)
 {
-    not_yet("drawing primitives");
-    return nullptr;
+    if (nothing_is_selected()) return;
+    display_message("resizing...");
+    new_undo(UNDO_RESIZE, "resize");
+    set_undo_resize(from_max, from_min, to_max, to_min);
+    resize_selected_to_bounding_box(from_max, from_min, to_max, to_min);
+    find_bounding_box();
+    selected_calc_normals();
+    unsaved_changes = 1;
+    display_message("resize done");
 }
-void action_delete(void) { not_yet("deleting"); }
-void action_duplicate(void) { not_yet("duplicating"); }
-void action_hide(void) { not_yet("hiding"); }
-void action_snap_together(void) { not_yet("snapping"); }
+
+void action_rotate(float degrees, int view, const float *centre)
+{
+    if (nothing_is_selected() || degrees == 0.0f) return;
+    display_message("rotating...");
+    new_undo(UNDO_ROTATE, "rotate");
+    rotate_selected(degrees, view, centre);
+    set_undo_rotate(view, centre, degrees);
+    find_bounding_box();
+    selected_calc_normals();
+    unsaved_changes = 1;
+    display_message("rotating done");
+}
+
+void action_extrude(const float *down, const float *d, int view)
+{
+    (void)view;
+    if (nothing_is_selected()) return;
+    new_undo(UNDO_SNAPSHOT, "extrude");
+    set_undo_all();
+    float end[3] = {down[0] + d[0], down[1] + d[1], down[2] + d[2]};
+    extrude_selected(down, end);
+    find_bounding_box();
+    unsaved_changes = 1;
+}
+
+static void move_to(Object *o, const float *p)
+{
+    translate_object(o, p);
+}
+
+static void midpoint(const float *a, const float *b, float *m)
+{
+    for (int i = 0; i < 3; i++) m[i] = (a[i] + b[i]) * 0.5f;
+}
+
+static int same_point(const float *a, const float *b)
+{
+    return a[0] == b[0] && a[1] == b[1] && a[2] == b[2];
+}
+
+/* The drag's two corners with the depth of a box or sphere filled in. */
+static void with_depth(int view, const float *down, const float *up, float *a, float *b)
+{
+    static const int depth_axis[3] = {2, 0, 1};
+    for (int i = 0; i < 3; i++) {
+        a[i] = down[i];
+        b[i] = up[i];
+    }
+    float lo, hi;
+    set_av_depth_box(view, down, up, &lo, &hi);
+    a[depth_axis[view]] = lo;
+    b[depth_axis[view]] = hi;
+}
+
+static Object *make_primitive(int mode, int view, const float *down, const float *up)
+{
+    float a[3], b[3], m[3];
+    int click = same_point(down, up);
+    midpoint(down, up, m);
+    switch (mode) {
+    case 4: return add_rect(view, down, up);
+    case 5: {
+        Object *o = click ? create_regular_elipse(view) : add_circle(view, down, up, 10);
+        if (o) move_to(o, m);
+        return o;
+    }
+    case 6: {
+        Object *o = click ? create_regular_disk(view) : add_disk(view, down, up, 10);
+        if (o) move_to(o, m);
+        return o;
+    }
+    case 7:
+        if (click) return create_regular_cube(down);
+        with_depth(view, down, up, a, b);
+        return add_cube(view, a, b);
+    case 8:
+        if (click) return create_regular_sphere(down);
+        with_depth(view, down, up, a, b);
+        return add_sphere(view, a, b);
+    case 9: {
+        Object *o = new_cylinder(view);
+        with_depth(view, down, up, a, b);
+        float s[3] = {std::fabs(b[0] - a[0]), std::fabs(b[1] - a[1]), std::fabs(b[2] - a[2])};
+        for (float &v : s) {
+            if (v == 0.0f) v = 1.0f;
+        }
+        if (o) {
+            object_scale(o, s[0], s[1], s[2]);
+            move_to(o, m);
+        }
+        return o;
+    }
+    case 10: return add_mesh(view, down, up);
+    case 11: return add_grid(view, down, up);
+    case 12: return create_ico(0, 0);
+    case 13: {
+        Object *o = new_light();
+        for (int i = 0; i < 3; i++) o->centre[i] = up[i];
+        return o;
+    }
+    default: return nullptr;
+    }
+}
+
+Object *action_primitive(int mode, int view, const float *down, const float *up)
+{
+    static const char *const labels[] = {"add rect", "add elipse", "add disk", "add cube", "add sphere",
+                                         "add cylinder", "add mesh", "add grid", "add ico", "add light"};
+    if (mode < 4 || mode > 13) return nullptr;
+    Object *o = make_primitive(mode, view, down, up);
+    if (!o) return nullptr;
+    new_undo(UNDO_ADD_OBJECT, labels[mode - 4]);
+    set_undo_object(o);
+    object_add_child(world, o);
+    if (object_is_light(o)) register_light(o);
+    display_message("%s done", labels[mode - 4]);
+    return o;
+}
+
+void action_delete(void)
+{
+    if (nothing_is_selected()) return;
+    delete_all_selected();
+    redraw_all();
+}
+
+void action_duplicate(int view) { duplicate_selected_in_view(view); }
+void action_hide(void) { hide_selected(); }
+void action_snap_together(void) { selected_snap_together(); }
 void action_undo(void) { UNDO(); }

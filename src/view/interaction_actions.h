@@ -17,7 +17,7 @@ void action_extrude(const float *down, const float *d, int view);
  * two points are equal) in a view; returns the new object or null. */
 Object *action_primitive(int mode, int view, const float *down, const float *up);
 void action_delete(void);
-void action_duplicate(void);
+void action_duplicate(int view);
 void action_hide(void);
 void action_snap_together(void);
 void action_undo(void);
