@@ -379,6 +379,35 @@ void tcl_set_string(const char *name, const char *value);
 void tcl_set_int(const char *name, int value);
 double vk_get_version_number(void);
 
+/* Surface filters: a per-surface operation added by a plug-in, called once
+ * per selected surface with the object that owns it. */
+typedef void (*vk_surface_filter_function)(Object *object, Surface *surface);
+
+enum {
+    SURFACE_FILTER_NO_UNDO = 1, /* the run records no undo */
+    SURFACE_FILTER_NO_MENU = 2  /* no menu entry is added */
+};
+
+typedef struct SurfaceFilter {
+    char *name;        /* menu label, status text and undo label */
+    char *description;
+    vk_surface_filter_function function;
+    int flags;
+    char *id;          /* "surface_filter_<n>", n from 1 */
+} SurfaceFilter;
+
+/* Registers a filter and, unless flagged otherwise, adds its entry to the
+ * surface menu.  Returns the record, or none. */
+SurfaceFilter *vk_register_surface_filter(const char *name, const char *description,
+                                          vk_surface_filter_function function, int flags);
+
+/* The selection: stores the lists of selected vertices and objects and
+ * returns the select mode (0 tree, 1 object, 2 vertex). */
+int vk_get_selection(List **vertices, List **objects);
+/* Rotations of the selection in degrees, about its centre or a point. */
+int rotate_selection_f(float rx, float ry, float rz);
+int rotate_selection_about_f(float rx, float ry, float rz, float x, float y, float z);
+
 /* Plug-ins: a plug-in library exports int vesk_plugin_init(void), called
  * once after "plugin_load" loads it.  Menu entries and file dialogs go
  * through the user-interface scripts.  A filter array holds pairs of

@@ -74,6 +74,51 @@ int about_menu(void);
 /* Plug-ins (plugins.cpp). */
 int command_plugin_load(char *filename);
 
+/* Transform commands (edit/transform_commands.cpp); "move", "move_to",
+ * "rotate", "rotate_about" and "size_to" are declared in
+ * edit/transform.h. */
+int command_scale(float sx, float sy, float sz);
+int command_mirror(int axis);
+
+/* Snapping (edit/snap.cpp). */
+int selected_snap_to_grid(void);
+int selected_snap_together(void);
+int snap_2_objects_vertices_together(void);
+int allign_objects_using_2_vert(void);
+
+/* The clipboard (edit/clipboard.cpp). */
+int clipboard_copy(void);
+int clipboard_cut(void);
+int clipboard_paste(void);
+/* Objects held by the clipboard. */
+int clipboard_count(void);
+
+/* Modelling commands (edit/primitives, surface_ops, extrude, hull, text). */
+int add_text(char *text);
+int make_convex_hull(void);
+int create_surface(void);
+int vk_extrude_along_path(void);
+int vk_define_path_object(void);
+int execute_surface_filter(char *id);
+int selected_insert_vertex(void);
+int command_new_cube(void);
+int selected_calc_texture_coors(int view);
+int remove_surface(void);
+int rotate_form_selected_objects(int axis);
+int set_selected_surfaces_col_index(int index);
+int set_selected_surface_type(int type);
+int selected_surfaces_bevel(void);
+int selected_surface_change_vertex_order(void);
+int selected_surfaces_create_object(void);
+int flip_selected_surface_normals(void);
+int selected_surfaces_make_hole(void);
+int set_selected_surface_shading(int flag);
+int set_selected_surfaces_twosided(int flag);
+int selected_spike_surfaces(void);
+int spline_selected(void);
+int selected_subdivide_surfaces(void);
+int selected_surface_triangulate(void);
+
 /* Model file commands (fileio/vk_commands.cpp). */
 int command_load_vk_object(char *filename);
 int command_save_vk(char *filename);
