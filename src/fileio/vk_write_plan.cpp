@@ -134,19 +134,13 @@ static void plan_with_target(Object *o, const float *rp, const float *cp, const 
     plan->exact = 0;
 }
 
-struct Placed {
-    Object *object;
-    float rotation[9];
-    float centre[3];
-};
-
-static Placed placed(Object *o, const float *rotation, const float *centre)
+FramedObject framed_object(Object *o, const float *parent_rotation, const float *parent_centre)
 {
-    Placed p;
-    p.object = o;
-    memcpy(p.rotation, rotation, sizeof p.rotation);
-    memcpy(p.centre, centre, sizeof p.centre);
-    return p;
+    FramedObject f;
+    f.object = o;
+    memcpy(f.parent_rotation, parent_rotation, sizeof f.parent_rotation);
+    memcpy(f.parent_centre, parent_centre, sizeof f.parent_centre);
+    return f;
 }
 
 /* Can o keep its rotation and centre with every object below it still
@@ -157,18 +151,18 @@ static int subtree_reads_back(Object *o, const float *rp, const float *cp)
 {
     VkObjectPlan plan;
     if (!try_frame(o, rp, cp, o->rotation, 1, &plan)) return 0;
-    std::vector<Placed> stack;
+    std::vector<FramedObject> stack;
     for (List *k = o->kids; k; k = k->next) {
-        stack.push_back(placed((Object *)k->item, plan.rotation_as_read, plan.centre_as_read));
+        stack.push_back(framed_object((Object *)k->item, plan.rotation_as_read, plan.centre_as_read));
     }
     while (!stack.empty()) {
-        Placed p = stack.back();
+        FramedObject p = stack.back();
         stack.pop_back();
         VkObjectPlan below;
-        plan_with_target(p.object, p.rotation, p.centre, p.object->kids ? identity3 : p.object->rotation, &below);
+        plan_with_target(p.object, p.parent_rotation, p.parent_centre, p.object->kids ? identity3 : p.object->rotation, &below);
         if (!below.exact) return 0;
         for (List *k = p.object->kids; k; k = k->next) {
-            stack.push_back(placed((Object *)k->item, below.rotation_as_read, below.centre_as_read));
+            stack.push_back(framed_object((Object *)k->item, below.rotation_as_read, below.centre_as_read));
         }
     }
     return 1;

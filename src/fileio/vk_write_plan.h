@@ -41,6 +41,16 @@ struct VkObjectPlan {
 /* Plans object o whose parent the reader will have placed with the given
  * rotation and centre. */
 void vk_plan_object(Object *o, const float *parent_rotation, const float *parent_centre, VkObjectPlan *plan);
+
+/* An object waiting on a depth-first walk, with the frame its parent will
+ * have when the file is read back. */
+struct FramedObject {
+    Object *object;
+    float parent_rotation[9];
+    float parent_centre[3];
+};
+
+FramedObject framed_object(Object *o, const float *parent_rotation, const float *parent_centre);
 /* The coordinates to write for a vertex at point. */
 void vk_plan_local(const VkObjectPlan *plan, const float *point, double *local);
 /* 1 when the reader, given local, stores exactly point. */

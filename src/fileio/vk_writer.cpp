@@ -216,31 +216,16 @@ static void write_block(VkWriter *w, Object *o, const VkObjectPlan *plan, uint64
 
 /* ---- trees ---- */
 
-struct PendingObject {
-    Object *object;
-    float parent_rotation[9];
-    float parent_centre[3];
-};
-
-static PendingObject pending(Object *o, const float *rotation, const float *centre)
-{
-    PendingObject p;
-    p.object = o;
-    memcpy(p.parent_rotation, rotation, sizeof p.parent_rotation);
-    memcpy(p.parent_centre, centre, sizeof p.parent_centre);
-    return p;
-}
-
 /* Writes the objects (with their subtrees) depth first, each placed in
  * the frame its parent will have when read; the first ones in the frame
  * given.  An explicit stack: trees may be deeper than the C stack. */
 static void write_trees(VkWriter *w, const std::vector<Object *> &roots, const float *rotation, const float *centre)
 {
-    std::vector<PendingObject> stack;
-    for (size_t i = roots.size(); i-- > 0;) stack.push_back(pending(roots[i], rotation, centre));
+    std::vector<FramedObject> stack;
+    for (size_t i = roots.size(); i-- > 0;) stack.push_back(framed_object(roots[i], rotation, centre));
     std::vector<Object *> kids;
     while (!stack.empty()) {
-        PendingObject p = stack.back();
+        FramedObject p = stack.back();
         stack.pop_back();
         VkObjectPlan plan;
         vk_plan_object(p.object, p.parent_rotation, p.parent_centre, &plan);
@@ -249,7 +234,7 @@ static void write_trees(VkWriter *w, const std::vector<Object *> &roots, const f
         kids.clear();
         for (List *k = p.object->kids; k; k = k->next) kids.push_back((Object *)k->item);
         for (size_t i = kids.size(); i-- > 0;) {
-            stack.push_back(pending(kids[i], plan.rotation_as_read, plan.centre_as_read));
+            stack.push_back(framed_object(kids[i], plan.rotation_as_read, plan.centre_as_read));
         }
     }
 }
