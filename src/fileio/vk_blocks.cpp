@@ -15,7 +15,9 @@
 #include "fileio/number_scan.h"
 #include "fileio/vk_placement.h"
 #include "fileio/vk_reader_internal.h"
+#include "app/prefs.h"
 #include "core/lights.h"
+#include "edit/primitives.h"
 #include "edit/transform.h"
 #include "texture/texture_table.h"
 
@@ -617,9 +619,57 @@ static void read_object_material(VkRead *r, Object *object, const char *rest)
     if (index >= 0) object_set_col_index(object, index);
 }
 
-/* The primitives of the legacy keywords are not in this build: the line
- * is checked and reported. */
-static void read_legacy_primitive(VkRead *r, const char *word, const char *line)
+/* Moves the vertices and surfaces of a freshly built shape into the
+ * object being read.  The vertices join the held ones, so that the block's
+ * "scale" and its placement at "kids" apply to them like to read ones and
+ * later references by index count them. */
+static void take_shape(VkRead *r, Object *object, Object *shape)
+{
+    take_object(r, object);
+    for (List *node = shape->vertices; node; node = node->next) {
+        Vertex *v = (Vertex *)node->item;
+        const double local[3] = {v->point[0], v->point[1], v->point[2]};
+        hold_local(v, local);
+        append_fast(&object->vertices, &r->vertex_tail, v);
+        object->num_vert++;
+        r->vertices.push_back(v);
+    }
+    for (List *node = shape->surfaces; node; node = node->next) {
+        append_fast(&object->surfaces, &r->surface_tail, node->item);
+        object->num_surf++;
+    }
+    list_free(&shape->vertices);
+    list_free(&shape->surfaces);
+    shape->num_vert = 0;
+    shape->num_surf = 0;
+    object_free(shape);
+}
+
+/* Builds the shape of a legacy primitive line around the origin, or
+ * returns null when its numbers are wrong. */
+static Object *legacy_shape(const char *word, const TokenLine &t)
+{
+    float a = token_float(t.token[1]);
+    if (strcmp(word, "sphere") == 0) {
+        if (!(a > 0.0f)) return nullptr;
+        Object *shape = new_object(0);
+        object_add_sphere_view(shape, a);
+        return shape;
+    }
+    if (strcmp(word, "ellipse") == 0) return new_circle(0, a, token_float(t.token[2]), prefs.rot_segments);
+    if (strcmp(word, "cube") == 0) {
+        Object *shape = new_object(0);
+        object_add_cube_view(shape, a, token_float(t.token[2]), token_float(t.token[3]));
+        return shape;
+    }
+    Object *shape = new_object(0);
+    object_add_cylinder_view(shape, 0, a, atoi(t.token[2]) != 0, atoi(t.token[3]) != 0);
+    return shape;
+}
+
+/* "sphere" r, "cube" x y z, "ellipse" a b, "cylinder" ratio top bottom:
+ * older files name shapes that are built here and added to the object. */
+static void read_legacy_primitive(VkRead *r, Object *object, const char *word, const char *line)
 {
     static const struct {
         const char *word;
@@ -637,7 +687,12 @@ static void read_legacy_primitive(VkRead *r, const char *word, const char *line)
             vk_file_message(r, p.usage, line_no(r));
             return;
         }
-        vk_file_message(r, "line %d: '%s' primitives are not available yet - line ignored\n", line_no(r), word);
+        Object *shape = legacy_shape(word, r->tokens);
+        if (!shape) {
+            vk_file_message(r, p.usage, line_no(r));
+            return;
+        }
+        take_shape(r, object, shape);
         return;
     }
 }
@@ -677,7 +732,7 @@ static int read_object_line(VkRead *r, const char *word, const char *rest)
     else if (strcmp(word, "loc") == 0) read_location(r, f, rest);
     else if (strcmp(word, "scale") == 0) read_scale(r, f, line);
     else if (strcmp(word, "mat") == 0) read_object_material(r, o, rest);
-    else if (is_legacy_primitive(word)) read_legacy_primitive(r, word, line);
+    else if (is_legacy_primitive(word)) read_legacy_primitive(r, o, word, line);
     else vk_file_message(r, "ignoring %s\n", word);
     return READ_ON;
 }

@@ -68,7 +68,6 @@ check_match "short MATERIAL" $out {*expected 21 params after "MATERIAL" - line 3
 check_match "missing vertex" $out "*ERROR in file line 21 - surface's vertex index invalid (7)*"
 check_match "unknown keyword" $out "*ignoring frobnicate*"
 check_match "material out of range" $out {*Surface material index (1) out of range \[palette is 0->0\]*}
-check_match "legacy primitive" $out "*'sphere' primitives are not available yet*"
 check_match "legacy usage" $out "*expected 'ellipse <float> <float>' at line 35*"
 set odd [lindex [top_objects] end]
 check "odd object name" [vesk object_get_name $odd] odd
@@ -79,6 +78,10 @@ check "SURF 0x30" [flags [lindex $surfaces 0]] "0 1 1"
 check "refs without the bad one" [llength [lindex $surfaces 0]] 6
 check "SURF 20" [flags [lindex $surfaces 1]] "4 1 0"
 check "SURF 010" [lindex [lindex $surfaces 2] 0] 8
+# The six read vertices, then a sphere, a cube and a cylinder built by the
+# legacy keywords, each with its surfaces after the three read ones.
+check "legacy shapes add vertices" [expr {[llength [vesk object_get_vertices $odd]] > 6 + 8}] 1
+check "legacy shapes add surfaces" [expr {[llength $surfaces] > 3 + 6}] 1
 
 set out [capture_console { set r [vesk load_vk [file join $data old_version.vk]] }]
 check "old version" $r 1

@@ -7,7 +7,9 @@
  */
 #include "test_support.h"
 #include "app/commands.h"
+#include "app/prefs.h"
 #include "app/shared_state.h"
+#include "edit/primitives.h"
 #include "edit/selection.h"
 #include "edit/transform.h"
 #include "fileio/number_scan.h"
@@ -636,21 +638,70 @@ TEST_F(VkFile, LegacyKeywords)
 {
     int r = 0;
     Captured c = load_text(dir,
-                           std::string(HEADER) + "LIGHT\nOBJECT poly\nnumvert 1\n1 2 3\nscale 2 3 4\nsphere 1\n"
-                                                 "cube 1 2\nellipse 1 2\ncylinder 1 1\nfrobnicate 3\nkids 0\n",
+                           std::string(HEADER) + "LIGHT\nOBJECT poly\nnumvert 1\n1 2 3\nscale 2 3 4\nsphere\n"
+                                                 "cube 1 2\nellipse 1 2 3\ncylinder 1 1\nsphere -1\nfrobnicate 3\nkids 0\n",
                            &r);
     EXPECT_EQ(r, 1);
     EXPECT_TRUE(contains(c.out, "Light\n"));
-    EXPECT_TRUE(contains(c.out, "'sphere' primitives are not available yet")) << c.out;
+    EXPECT_TRUE(contains(c.out, "expected 'sphere <float>' at line 7")) << c.out;
     EXPECT_TRUE(contains(c.out, "expected 'cube <float> <float> <float>' at line 8")) << c.out;
-    EXPECT_TRUE(contains(c.out, "'ellipse' primitives are not available yet")) << c.out;
+    EXPECT_TRUE(contains(c.out, "expected 'ellipse <float> <float>' at line 9")) << c.out;
     EXPECT_TRUE(contains(c.out, "expected 'cylinder <float ratio>")) << c.out;
+    EXPECT_TRUE(contains(c.out, "expected 'sphere <float>' at line 11")) << c.out;
     EXPECT_TRUE(contains(c.out, "ignoring frobnicate")) << c.out;
     Object *o = child(world, 0);
+    EXPECT_EQ(o->num_vert, 1u);
     const float *p = ((Vertex *)o->vertices->item)->point;
     EXPECT_EQ(p[0], 2.0f);
     EXPECT_EQ(p[1], 6.0f);
     EXPECT_EQ(p[2], 12.0f);
+}
+
+/* The legacy shapes are built into the object being read: a later "scale"
+ * and the block's placement apply to them, and a surface line may refer
+ * to their vertices by index. */
+TEST_F(VkFile, LegacyShapesJoinTheObject)
+{
+    Object *cube = new_object(0);
+    object_add_cube_view(cube, 1, 2, 3);
+    Object *sphere = new_object(0);
+    object_add_sphere_view(sphere, 1);
+    Object *ellipse = new_circle(0, 1, 2, prefs.rot_segments);
+    Object *cylinder = new_object(0);
+    object_add_cylinder_view(cylinder, 0, 0.5f, 1, 0);
+    int r = 0;
+    Captured c = load_text(dir,
+                           std::string(HEADER) + "OBJECT world\nkids 2\nOBJECT poly\ncube 1 2 3\nscale 2 2 2\nloc 10 0 0\nkids 0\n"
+                                                 "OBJECT poly\nsphere 1\nellipse 1 2\ncylinder 0.5 1 0\n"
+                                                 "numsurf 1\nSURF 0\nmat 0\nrefs 2\n0 0 0\n1 0 0\nkids 0\n",
+                           &r);
+    EXPECT_EQ(r, 1) << c.out;
+    ASSERT_EQ(world->num_kids, 2u) << c.out;
+    Object *a = child(world, 0);
+    EXPECT_EQ(a->num_vert, cube->num_vert);
+    EXPECT_EQ(a->num_surf, cube->num_surf);
+    EXPECT_EQ(list_count(a->vertices), a->num_vert);
+    float lo[3] = {1e9f, 1e9f, 1e9f}, hi[3] = {-1e9f, -1e9f, -1e9f};
+    for (List *l = a->vertices; l; l = l->next) {
+        for (int i = 0; i < 3; i++) {
+            lo[i] = std::min(lo[i], ((Vertex *)l->item)->point[i]);
+            hi[i] = std::max(hi[i], ((Vertex *)l->item)->point[i]);
+        }
+    }
+    EXPECT_EQ(lo[0], 9.0f);
+    EXPECT_EQ(hi[0], 11.0f);
+    EXPECT_EQ(hi[1] - lo[1], 4.0f);
+    EXPECT_EQ(hi[2] - lo[2], 6.0f);
+    Object *b = child(world, 1);
+    unsigned shapes_vert = sphere->num_vert + ellipse->num_vert + cylinder->num_vert;
+    unsigned shapes_surf = sphere->num_surf + ellipse->num_surf + cylinder->num_surf;
+    EXPECT_EQ(b->num_vert, shapes_vert);
+    EXPECT_EQ(b->num_surf, shapes_surf + 1);
+    EXPECT_EQ(list_count(b->surfaces), b->num_surf);
+    Surface *last = (Surface *)list_last_item(b->surfaces);
+    ASSERT_EQ(last->num_vertrefs, 2u);
+    EXPECT_EQ(((SVertex *)last->vertrefs->item)->vertex, (Vertex *)b->vertices->item);
+    for (Object *shape : {cube, sphere, ellipse, cylinder}) object_delete(shape);
 }
 
 TEST_F(VkFile, SelectSelectsTheLoadedObjects)
