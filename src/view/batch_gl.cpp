@@ -193,36 +193,48 @@ static void orth_draw(const OrthBatches &b, const OrthBuild &build, int view)
 
 typedef std::tuple<int, int, int> TriangleKey;   /* mat, shading, twosided */
 
+/* Smooth triangles share their corners: each vertex of an object is put
+ * once into one buffer of normals and positions and the triangles index
+ * it, so the renderer lights a vertex once instead of once per corner.
+ * Flat triangles take the surface normal at every corner and keep their
+ * own corners. */
 struct Batch3d {
     int mat, shading, twosided;
-    GpuArray data;   /* interleaved normal and position per corner */
+    GpuArray data;      /* flat: interleaved normal and position per corner */
+    GpuArray indices;   /* smooth: corners as indices into the shared vertices */
 };
 
 struct Batches3d {
+    GpuArray shared_vertices;
     std::vector<Batch3d> triangles;
     std::vector<Batch3d> lines;   /* shading and twosided unused */
     std::vector<std::pair<Object *, int>> direct_objects;   /* drawn whole, with selected flag */
     std::vector<Surface *> direct_surfaces;
 };
 
+/* The corners of one batch while it is being collected. */
+struct TriangleList {
+    std::vector<float> corners;     /* flat */
+    std::vector<uint32_t> indices;  /* smooth */
+};
+
 struct Build3d {
-    std::map<TriangleKey, std::vector<float>> triangles;
+    std::vector<float> shared_vertices;
+    std::map<TriangleKey, TriangleList> triangles;
     std::map<int, std::vector<float>> lines;
     std::vector<std::pair<Object *, int>> direct_objects;
     std::vector<Surface *> direct_surfaces;
+    /* The batch of the last surface: neighbouring surfaces mostly share
+     * it, which saves a map lookup per surface. */
+    TriangleKey last_key{-1, -1, -1};
+    TriangleList *last_list = nullptr;
+    Object *shared_object = nullptr;   /* whose vertices are in shared_vertices */
 };
 
 static void push_corner(std::vector<float> &out, const float *normal, const float *point)
 {
     out.insert(out.end(), normal, normal + 3);
     out.insert(out.end(), point, point + 3);
-}
-
-static void push_triangle(std::vector<float> &out, const Surface *s, const Vertex *a, const Vertex *b,
-                          const Vertex *c)
-{
-    const Vertex *v[3] = {a, b, c};
-    for (const Vertex *x : v) push_corner(out, s->shading ? x->normal : s->normal, x->point);
 }
 
 static void push_line_segments(std::vector<float> &out, const Surface *s, int closed)
@@ -241,7 +253,41 @@ static void push_line_segments(std::vector<float> &out, const Surface *s, int cl
     }
 }
 
-static void collect_surface_3d(Surface *s, Build3d &b)
+static TriangleList &triangle_list(Build3d &b, const Surface *s)
+{
+    TriangleKey key(s->mat, s->shading != 0, s->twosided != 0);
+    if (b.last_list && key == b.last_key) return *b.last_list;
+    b.last_key = key;
+    b.last_list = &b.triangles[key];
+    return *b.last_list;
+}
+
+/* Puts the object's vertices into the shared buffer the first time one
+ * of its smooth surfaces needs them; their marks become their indices. */
+static void share_vertices(Build3d &b, Object *o)
+{
+    if (b.shared_object == o) return;
+    b.shared_object = o;
+    uint32_t index = (uint32_t)(b.shared_vertices.size() / 6);
+    for (List *v = o->vertices; v; v = v->next) {
+        Vertex *vx = (Vertex *)v->item;
+        vx->mark = index++;
+        push_corner(b.shared_vertices, vx->normal, vx->point);
+    }
+}
+
+/* Adds triangle (a, b, c) of the surface's first four corners. */
+static void push_triangle(TriangleList &out, const Surface *s, const Vertex *const *v, int a, int b, int c)
+{
+    const int corners[3] = {a, b, c};
+    if (s->shading) {
+        for (int i : corners) out.indices.push_back(v[i]->mark);
+        return;
+    }
+    for (int i : corners) push_corner(out.corners, s->normal, v[i]->point);
+}
+
+static void collect_surface_3d(Object *o, Surface *s, Build3d &b)
 {
     unsigned n = s->num_vertrefs;
     int m = prefs.view_3d_mode;
@@ -264,19 +310,20 @@ static void collect_surface_3d(Surface *s, Build3d &b)
         b.direct_surfaces.push_back(s);
         return;
     }
-    std::vector<float> &out = b.triangles[TriangleKey(s->mat, s->shading != 0, s->twosided != 0)];
+    if (s->shading) share_vertices(b, o);
+    TriangleList &out = triangle_list(b, s);
     List *r = s->vertrefs;
     const Vertex *v[4];
     for (unsigned i = 0; i < n; i++, r = r->next) v[i] = ((SVertex *)r->item)->vertex;
     if (n == 3) {
-        push_triangle(out, s, v[0], v[1], v[2]);
+        push_triangle(out, s, v, 0, 1, 2);
         return;
     }
     /* A quad as the strip 1, 2, 4, 3 draws it: (1, 2, 4), then (4, 2, 3),
      * so that flat shading takes each triangle's colour from the same
      * corner as the strip does. */
-    push_triangle(out, s, v[0], v[1], v[3]);
-    push_triangle(out, s, v[3], v[1], v[2]);
+    push_triangle(out, s, v, 0, 1, 3);
+    push_triangle(out, s, v, 3, 1, 2);
 }
 
 static void collect_3d(Object *o, int selected, Build3d &b)
@@ -288,28 +335,45 @@ static void collect_3d(Object *o, int selected, Build3d &b)
         if (textured || prefs.show_vertices_3d) {
             b.direct_objects.push_back({o, effective});
         } else {
-            for (List *l = o->surfaces; l; l = l->next) collect_surface_3d((Surface *)l->item, b);
+            for (List *l = o->surfaces; l; l = l->next) collect_surface_3d(o, (Surface *)l->item, b);
         }
     }
     for (List *k = o->kids; k; k = k->next) collect_3d((Object *)k->item, effective, b);
 }
 
+static void delete_array(GpuArray &a)
+{
+    if (a.buffer) glDeleteBuffers(1, &a.buffer);
+    a = GpuArray();
+}
+
 static void build_3d(Batches3d &batches)
 {
-    for (Batch3d &old : batches.triangles) glDeleteBuffers(1, &old.data.buffer);
-    for (Batch3d &old : batches.lines) glDeleteBuffers(1, &old.data.buffer);
+    for (Batch3d &old : batches.triangles) {
+        delete_array(old.data);
+        delete_array(old.indices);
+    }
+    for (Batch3d &old : batches.lines) delete_array(old.data);
     batches.triangles.clear();
     batches.lines.clear();
     Build3d b;
     collect_3d(world, 0, b);
+    upload(batches.shared_vertices, GL_ARRAY_BUFFER, b.shared_vertices.data(),
+           b.shared_vertices.size() * sizeof(float), (GLsizei)(b.shared_vertices.size() / 6));
     for (auto &t : b.triangles) {
-        Batch3d batch = {std::get<0>(t.first), std::get<1>(t.first), std::get<2>(t.first), {}};
-        upload(batch.data, GL_ARRAY_BUFFER, t.second.data(), t.second.size() * sizeof(float),
-               (GLsizei)(t.second.size() / 6));
+        Batch3d batch = {std::get<0>(t.first), std::get<1>(t.first), std::get<2>(t.first), {}, {}};
+        const TriangleList &l = t.second;
+        if (batch.shading) {
+            upload(batch.indices, GL_ELEMENT_ARRAY_BUFFER, l.indices.data(), l.indices.size() * sizeof(uint32_t),
+                   (GLsizei)l.indices.size());
+        } else {
+            upload(batch.data, GL_ARRAY_BUFFER, l.corners.data(), l.corners.size() * sizeof(float),
+                   (GLsizei)(l.corners.size() / 6));
+        }
         batches.triangles.push_back(batch);
     }
     for (auto &l : b.lines) {
-        Batch3d batch = {l.first, 0, 1, {}};
+        Batch3d batch = {l.first, 0, 1, {}, {}};
         upload(batch.data, GL_ARRAY_BUFFER, l.second.data(), l.second.size() * sizeof(float),
                (GLsizei)(l.second.size() / 6));
         batches.lines.push_back(batch);
@@ -325,19 +389,27 @@ static void bind_interleaved(const GpuArray &a, int normals)
     if (normals) glNormalPointer(GL_FLOAT, 6 * sizeof(float), nullptr);
 }
 
+static void draw_triangle_batch(const Batches3d &b, const Batch3d &t)
+{
+    if (t.twosided) glDisable(GL_CULL_FACE);
+    else glEnable(GL_CULL_FACE);
+    glShadeModel(t.shading ? GL_SMOOTH : GL_FLAT);
+    set_material_cached(t.mat);
+    if (!t.shading) {
+        bind_interleaved(t.data, 1);
+        glDrawArrays(GL_TRIANGLES, 0, t.data.count);
+        return;
+    }
+    bind_interleaved(b.shared_vertices, 1);
+    draw_elements(t.indices, GL_TRIANGLES);
+}
+
 static void draw_3d(const Batches3d &b)
 {
     glEnableClientState(GL_VERTEX_ARRAY);
     glEnableClientState(GL_NORMAL_ARRAY);
     glEnable(GL_LIGHTING);
-    for (const Batch3d &t : b.triangles) {
-        if (t.twosided) glDisable(GL_CULL_FACE);
-        else glEnable(GL_CULL_FACE);
-        glShadeModel(t.shading ? GL_SMOOTH : GL_FLAT);
-        set_material_cached(t.mat);
-        bind_interleaved(t.data, 1);
-        glDrawArrays(GL_TRIANGLES, 0, t.data.count);
-    }
+    for (const Batch3d &t : b.triangles) draw_triangle_batch(b, t);
     glDisableClientState(GL_NORMAL_ARRAY);
     glDisable(GL_LIGHTING);
     glShadeModel(GL_FLAT);
