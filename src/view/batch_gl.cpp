@@ -1,25 +1,28 @@
 /*
- * view/batch_gl.cpp - drawing the model from vertex buffers.  Drawing a
+ * view/batch_gl.cpp - drawing the model from prepared arrays.  Drawing a
  * million surfaces one glBegin at a time is far too slow, so each view
- * keeps the model's geometry in buffer objects, rebuilt only when the
- * model or the settings that shape its drawing change:
+ * keeps the model's geometry in arrays, rebuilt only when the model or the
+ * settings that shape its drawing change:
  *
- *  - orthographic views: one position buffer with every vertex of the
- *    visible objects, and index buffers of line segments (each polygon's
- *    outline, each line's strip) and of vertex points, split by the
- *    selected and unselected colours;
+ *  - orthographic views: one array of positions with every vertex of the
+ *    visible objects, and index arrays of line segments (each polygon's
+ *    outline, each line's strip, each edge once) and of vertex points,
+ *    split by the selected and unselected colours.  The segments are
+ *    written straight into the view's pixels (line_raster.h); the points
+ *    go to OpenGL from a buffer object;
  *  - the 3D view: triangles grouped by material, shading and sidedness
  *    (quads split as the triangle strip 1, 2, 4, 3 splits them, so flat
  *    shading takes its colour from the same corner), and lines grouped by
- *    material.  Surfaces the buffers cannot express (polygons needing the
- *    tessellator, textured objects, the point style) are drawn directly
- *    with the per-surface code each frame.
+ *    material, in buffer objects.  Surfaces the buffers cannot express
+ *    (polygons needing the tessellator, textured objects, the point style)
+ *    are drawn directly with the per-surface code each frame.
  */
 #define GL_GLEXT_PROTOTYPES 1
 #include "view/render_gl.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
 #include "edit/selection.h"
+#include "view/line_raster.h"
 #include "view/redraw.h"
 
 #include <GL/glext.h>
@@ -46,9 +49,8 @@ static void upload(GpuArray &a, GLenum target, const void *data, size_t bytes, G
 /* ---- orthographic views ---- */
 
 struct OrthBatches {
-    GpuArray positions;
-    GpuArray lines[2];   /* unselected, selected */
-    GpuArray points[2];
+    GpuArray positions;   /* uploaded only when there are points to draw */
+    GpuArray points[2];   /* unselected, selected */
 };
 
 /* What the three orthographic views draw of the model: built once per
@@ -58,18 +60,38 @@ struct OrthBuild {
     std::vector<uint32_t> lines[2];
     std::vector<uint32_t> points[2];
     std::vector<Object *> centres[2];
+
+    /* Empties the arrays but keeps their memory for the next rebuild. */
+    void clear()
+    {
+        positions.clear();
+        for (int s = 0; s < 2; s++) {
+            lines[s].clear();
+            points[s].clear();
+            centres[s].clear();
+        }
+    }
 };
 
 /* A set of edges (vertex index pairs) with open addressing, so that an
  * edge shared by two surfaces is drawn once: the picture is the same and
- * a closed mesh has half the lines. */
+ * a closed mesh has half the lines.  One table serves every object of
+ * every rebuild: emptying it clears only the slots that were filled, and
+ * its pages stay mapped, so a rebuild does not fault in and zero tens of
+ * megabytes again. */
 class EdgeSet {
 public:
-    explicit EdgeSet(size_t expected)
+    /* Empties the set and makes room for `expected` edges. */
+    void reset(size_t expected)
     {
         size_t size = 16;
         while (size < expected * 2) size *= 2;
-        slots_.assign(size, EMPTY);
+        if (size > slots_.size()) {
+            slots_.assign(size, EMPTY);
+        } else {
+            for (size_t i : filled_) slots_[i] = EMPTY;
+        }
+        filled_.clear();
         mask_ = size - 1;
     }
 
@@ -83,13 +105,15 @@ public:
             i = (i + 1) & mask_;
         }
         slots_[i] = key;
+        filled_.push_back(i);
         return true;
     }
 
 private:
     static constexpr uint64_t EMPTY = ~(uint64_t)0;
     std::vector<uint64_t> slots_;
-    size_t mask_;
+    std::vector<size_t> filled_;
+    size_t mask_ = 0;
 };
 
 static void add_edge(EdgeSet &edges, std::vector<uint32_t> &lines, uint32_t a, uint32_t b)
@@ -116,7 +140,8 @@ static void orth_collect_object(Object *o, int selected, OrthBuild &b)
         b.positions.insert(b.positions.end(), vx->point, vx->point + 3);
     }
     std::vector<uint32_t> &lines = b.lines[selected];
-    EdgeSet edges(count_references(o));
+    static EdgeSet edges;
+    edges.reset(count_references(o));
     for (List *l = o->surfaces; l; l = l->next) {
         const Surface *s = (const Surface *)l->item;
         if (!s->vertrefs) continue;
@@ -147,14 +172,70 @@ static void orth_collect(Object *o, int selected, OrthBuild &b)
 
 static void orth_upload(OrthBatches &batches, const OrthBuild &b)
 {
-    upload(batches.positions, GL_ARRAY_BUFFER, b.positions.data(), b.positions.size() * sizeof(float),
-           (GLsizei)(b.positions.size() / 3));
+    bool points = !b.points[0].empty() || !b.points[1].empty();
+    size_t position_bytes = points ? b.positions.size() * sizeof(float) : 0;
+    upload(batches.positions, GL_ARRAY_BUFFER, b.positions.data(), position_bytes,
+           (GLsizei)(position_bytes / (3 * sizeof(float))));
     for (int s = 0; s < 2; s++) {
-        upload(batches.lines[s], GL_ELEMENT_ARRAY_BUFFER, b.lines[s].data(),
-               b.lines[s].size() * sizeof(uint32_t), (GLsizei)b.lines[s].size());
         upload(batches.points[s], GL_ELEMENT_ARRAY_BUFFER, b.points[s].data(),
                b.points[s].size() * sizeof(uint32_t), (GLsizei)b.points[s].size());
     }
+}
+
+/* The window mapping of the current orthographic matrices and viewport
+ * (both affine: an orthographic projection of a rotated, scaled and moved
+ * model). */
+static RasterMapping current_window_mapping(void)
+{
+    double mv[16], pr[16];
+    GLint vp[4];
+    glGetDoublev(GL_MODELVIEW_MATRIX, mv);
+    glGetDoublev(GL_PROJECTION_MATRIX, pr);
+    glGetIntegerv(GL_VIEWPORT, vp);
+    RasterMapping m;
+    double *rows[2] = {m.x, m.y};
+    for (int r = 0; r < 2; r++) {
+        double half = vp[2 + r] * 0.5;
+        for (int c = 0; c < 4; c++) {
+            double clip = 0;
+            for (int k = 0; k < 4; k++) clip += pr[k * 4 + r] * mv[c * 4 + k];
+            rows[r][c] = clip * half;
+        }
+        rows[r][3] += half + vp[r];
+    }
+    return m;
+}
+
+/* The colour of a palette slot of set_col as the framebuffer holds it
+ * (bytes blue, green, red, alpha). */
+static uint32_t framebuffer_colour(int colour)
+{
+    return 0xFF000000u | ((uint32_t)colour & 0xFFFFFFu);
+}
+
+/* Draws the segments into the pixels of the view's draw buffer: read,
+ * write the lines, put back. */
+static void orth_draw_lines(const OrthBuild &b)
+{
+    if (b.lines[0].empty() && b.lines[1].empty()) return;
+    GLint vp[4], draw_buffer = GL_BACK;
+    glGetIntegerv(GL_VIEWPORT, vp);
+    glGetIntegerv(GL_DRAW_BUFFER, &draw_buffer);
+    if (vp[2] < 1 || vp[3] < 1) return;
+    static std::vector<uint32_t> pixels;
+    static std::vector<float> window;
+    pixels.resize((size_t)vp[2] * vp[3]);
+    window.resize(b.positions.size() / 3 * 2);
+    raster_project(current_window_mapping(), b.positions.data(), b.positions.size() / 3, window.data());
+    RasterImage image = {pixels.data(), vp[2], vp[3]};
+    glReadBuffer((GLenum)draw_buffer);
+    glReadPixels(vp[0], vp[1], vp[2], vp[3], GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
+    const int colours[2] = {prefs.col_line, prefs.col_selline};
+    for (int s = 0; s < 2; s++) {
+        raster_lines(image, window.data(), b.lines[s].data(), b.lines[s].size(), framebuffer_colour(colours[s]));
+    }
+    glWindowPos2i(vp[0], vp[1]);
+    glDrawPixels(vp[2], vp[3], GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
 }
 
 static void draw_elements(const GpuArray &indices, GLenum mode)
@@ -168,13 +249,10 @@ static void draw_elements(const GpuArray &indices, GLenum mode)
 static void orth_draw(const OrthBatches &b, const OrthBuild &build, int view)
 {
     glDisable(GL_LIGHTING);
+    orth_draw_lines(build);
     glBindBuffer(GL_ARRAY_BUFFER, b.positions.buffer);
     glEnableClientState(GL_VERTEX_ARRAY);
     glVertexPointer(3, GL_FLOAT, 0, nullptr);
-    for (int s = 0; s < 2; s++) {
-        set_col(s ? 3 : 2);
-        draw_elements(b.lines[s], GL_LINES);
-    }
     if (prefs.handles_hollow) glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
     glPointSize((float)prefs.vert_size);
     for (int s = 0; s < 2; s++) {
@@ -452,7 +530,7 @@ static unsigned long drawing_signature(int view)
 static void orth_refresh_build(unsigned long sig)
 {
     if (orth_build_generation == model_generation && orth_build_signature == sig) return;
-    orth_build = OrthBuild();
+    orth_build.clear();
     orth_collect(world, 0, orth_build);
     orth_build_generation = model_generation;
     orth_build_signature = sig;
