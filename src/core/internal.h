@@ -16,6 +16,10 @@ extern int console_to_stderr;
 
 /* Frees the guarded blocks still waiting in the release quarantine. */
 void memory_release_quarantine(void);
+/* Around a load that will allocate about expected_bytes: memory is
+ * faulted in ahead of the reader on another thread meanwhile. */
+void memory_prefault_begin(size_t expected_bytes);
+void memory_prefault_end(void);
 
 /* The largest float below 3.4028e38 that bounding-box searches start
  * from (bit pattern 0x7F7FFF8B). */
