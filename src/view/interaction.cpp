@@ -47,6 +47,66 @@ static struct {
 
 static const int view_axes[3][2] = {{0, 1}, {2, 1}, {0, 2}};
 
+/* ---- the line under construction ---- */
+
+static int object_in_tree(const Object *tree, const Object *o)
+{
+    if (tree == o) return 1;
+    for (List *k = tree->kids; k; k = k->next) {
+        if (object_in_tree((const Object *)k->item, o)) return 1;
+    }
+    return 0;
+}
+
+static void clear_line_bands(void)
+{
+    for (int v = 0; v < 3; v++) {
+        if (!overlays[v].line) continue;
+        overlays[v].line = 0;
+        request_redisplay(v);
+    }
+}
+
+/* A delete, an undo or a new model since the last click may have removed
+ * the line's object, its surface or its last vertex.  The kept pointers
+ * are only compared with the model's, never followed, until found there:
+ * a line that is gone is forgotten, a lost last vertex is replaced by the
+ * surface's last one. */
+static void check_line_object(void)
+{
+    if (!g.line_object) return;
+    if (!world || !object_in_tree(world, g.line_object) ||
+        list_index(g.line_object->surfaces, g.line_surface) == LIST_NOT_FOUND) {
+        g.line_object = nullptr;
+        g.line_surface = nullptr;
+        g.last_vertex = nullptr;
+        clear_line_bands();
+        return;
+    }
+    if (list_index(g.line_object->vertices, g.last_vertex) == LIST_NOT_FOUND) {
+        SVertex *last = (SVertex *)list_last_item(g.line_surface->vertrefs);
+        g.last_vertex = last ? last->vertex : nullptr;
+    }
+}
+
+/* Ends the line under construction: its object gets the undo record and
+ * becomes the selection. */
+static void close_line_object(void)
+{
+    check_line_object();
+    Object *o = g.line_object;
+    g.line_object = nullptr;
+    g.line_surface = nullptr;
+    g.last_vertex = nullptr;
+    clear_line_bands();
+    if (!o) return;
+    new_undo(UNDO_ADD_OBJECT, "new object");
+    set_undo_object(o);
+    object_calc_normals(o);
+    clear_selection();
+    select_object(o);
+}
+
 /* ---- modes ---- */
 
 static const char *draw_mode_name(int mode)
@@ -77,6 +137,12 @@ int set_new_draw_mode(int mode)
     if ((mode < 0 || mode > 13) && mode != MODE_ZOOM) {
         display_message("unknown draw mode %d", mode);
         return 0;
+    }
+    /* Another mode ends a line being drawn: it is kept with its undo
+     * record instead of being continued later in some other mode. */
+    if (mode != interaction_mode && g.line_object) {
+        close_line_object();
+        redraw_all();
     }
     set_mode(mode);
     return 1;
@@ -348,6 +414,22 @@ static float rotate_angle_for(int x)
     return (float)((distance / step) * step);
 }
 
+/* The dragged box of a resize at the current point. */
+static void update_resize(int view)
+{
+    resize_bounding_box(g.current, view, g.ctrl_in_box, g.handle ? g.handle : (HANDLE_BOTTOM | HANDLE_RIGHT));
+}
+
+/* The angle and centre of a rotation for the pointer at x. */
+static void update_rotation(int x)
+{
+    g.rotate_degrees = rotate_angle_for(x);
+    int about_centre = prefs.rotate_about_object_centre && get_current_object();
+    for (int i = 0; i < 3; i++) {
+        g.rotate_centre[i] = about_centre ? g.box_min[i] + (g.box_max[i] - g.box_min[i]) * 0.5f : g.down[i];
+    }
+}
+
 static void drag_update(int view, int x, int y)
 {
     float d[3] = {g.current[0] - g.down[0], g.current[1] - g.down[1], g.current[2] - g.down[2]};
@@ -383,20 +465,15 @@ static void drag_update(int view, int x, int y)
         break;
     }
     case MODE_RESIZE:
-        resize_bounding_box(g.current, view, g.ctrl_in_box, g.handle ? g.handle : (HANDLE_BOTTOM | HANDLE_RIGHT));
+        update_resize(view);
         band_box(view, g.new_min, g.new_max, 0.0f, nullptr);
         show_size(g.new_min, g.new_max);
         break;
-    case MODE_ROTATE: {
-        g.rotate_degrees = rotate_angle_for(x);
-        int about_centre = prefs.rotate_about_object_centre && get_current_object();
-        for (int i = 0; i < 3; i++) {
-            g.rotate_centre[i] = about_centre ? g.box_min[i] + (g.box_max[i] - g.box_min[i]) * 0.5f : g.down[i];
-        }
+    case MODE_ROTATE:
+        update_rotation(x);
         band_box(view, g.box_min, g.box_max, g.rotate_degrees, g.rotate_centre);
         show_angle(g.rotate_degrees);
         break;
-    }
     default:
         break;
     }
@@ -406,6 +483,7 @@ void handle_mouse_move(int view, int x, int y)
 {
     if (view < 0 || view > 2) return;
     if (g.button_down) view = g.view; /* a drag stays with the view it started in */
+    check_line_object();
     apply_axis_lock(&x, &y);
     float p[3];
     mouse_to_point(x, y, view, p);
@@ -488,32 +566,22 @@ static void add_line_vertex(const float *p)
     redraw_all();
 }
 
-static void finish_line(int view)
+static void finish_line(void)
 {
-    Object *o = g.line_object;
-    g.line_object = nullptr;
-    g.line_surface = nullptr;
-    g.last_vertex = nullptr;
-    overlays[view].line = 0;
-    if (o) {
-        new_undo(UNDO_ADD_OBJECT, "new object");
-        set_undo_object(o);
-        object_calc_normals(o);
-        clear_selection();
-        select_object(o);
-    }
+    close_line_object();
     set_mode(MODE_MOVE);
     set_new_move_mode(MODE_MOVE);
     redraw_all();
 }
 
-static void release_line_mode(int view, int button)
+static void release_line_mode(int button)
 {
+    check_line_object();
     float p[3] = {g.current[0], g.current[1], g.current[2]};
     snap_to_grid(p);
     int on_last = g.last_vertex && g.last_vertex->point[0] == p[0] && g.last_vertex->point[1] == p[1] &&
                   g.last_vertex->point[2] == p[2];
-    if (button != 1 || on_last) finish_line(view);
+    if (button != 1 || on_last) finish_line();
     else add_line_vertex(p);
 }
 
@@ -528,7 +596,7 @@ static void release_primitive(int view)
     redraw_all();
 }
 
-static void release_drag(int view)
+static void release_drag(int view, int x)
 {
     float d[3] = {g.current[0] - g.down[0], g.current[1] - g.down[1], g.current[2] - g.down[2]};
     switch (interaction_mode) {
@@ -536,9 +604,13 @@ static void release_drag(int view)
         action_move(d);
         break;
     case MODE_RESIZE:
+        /* From the release point: a click without motion has no dragged
+         * box yet, and the last motion may lie elsewhere. */
+        update_resize(view);
         action_resize(g.box_max, g.box_min, g.new_max, g.new_min);
         break;
     case MODE_ROTATE:
+        update_rotation(x);
         action_rotate(g.rotate_degrees, view, g.rotate_centre);
         break;
     case MODE_EXTRUDE:
@@ -575,9 +647,9 @@ void handle_mouse_up(int view, int x, int y, int button)
     if (interaction_mode != 0) snap_to_grid(g.current);
     int mode = interaction_mode;
     if (mode == 0) finish_selection(view, x, y);
-    else if (mode >= 1 && mode <= 3) release_line_mode(view, button);
+    else if (mode >= 1 && mode <= 3) release_line_mode(button);
     else if (mode >= 4 && mode <= 13) release_primitive(view);
-    else if (mode >= MODE_MOVE) release_drag(view);
+    else if (mode >= MODE_MOVE) release_drag(view, x);
     /* What the mode returns to. */
     if (mode >= 1 && mode <= 3) {
     } else if ((mode >= 4 && mode <= 13) || mode == MODE_EXTRUDE) {
