@@ -14,7 +14,7 @@ cat > "$work/plugins/timing.tcl" <<'TCL'
 # Runs once the model is loaded and drawn, prints the figures and quits.
 after 2000 {
     update
-    set prefs_show_vertices 0
+    # Vertex markers stay on, as they are by default.
     vesk redraw_all
     update
     foreach v {0 1 2 3} {

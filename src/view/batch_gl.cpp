@@ -6,10 +6,10 @@
  *
  *  - orthographic views: one array of positions with every vertex of the
  *    visible objects, and index arrays of line segments (each polygon's
- *    outline, each line's strip, each edge once) and of vertex points,
- *    split by the selected and unselected colours.  The segments are
- *    written straight into the view's pixels (line_raster.h); the points
- *    go to OpenGL from a buffer object;
+ *    outline, each line's strip, each edge once) and of vertex markers,
+ *    split by the selected and unselected colours, built once for the
+ *    three views.  Segments and markers are written straight into the
+ *    view's pixels (line_raster.h);
  *  - the 3D view: triangles grouped by material, shading and sidedness
  *    (quads split as the triangle strip 1, 2, 4, 3 splits them, so flat
  *    shading takes its colour from the same corner), and lines grouped by
@@ -27,6 +27,7 @@
 
 #include <GL/glext.h>
 
+#include <algorithm>
 #include <map>
 #include <tuple>
 #include <vector>
@@ -48,13 +49,8 @@ static void upload(GpuArray &a, GLenum target, const void *data, size_t bytes, G
 
 /* ---- orthographic views ---- */
 
-struct OrthBatches {
-    GpuArray positions;   /* uploaded only when there are points to draw */
-    GpuArray points[2];   /* unselected, selected */
-};
-
 /* What the three orthographic views draw of the model: built once per
- * change and uploaded to each view's context. */
+ * change and drawn into each view's pixels. */
 struct OrthBuild {
     std::vector<float> positions;
     std::vector<uint32_t> lines[2];
@@ -75,17 +71,25 @@ struct OrthBuild {
 
 /* A set of edges (vertex index pairs) with open addressing, so that an
  * edge shared by two surfaces is drawn once: the picture is the same and
- * a closed mesh has half the lines.  One table serves every object of
- * every rebuild: emptying it clears only the slots that were filled, and
- * its pages stay mapped, so a rebuild does not fault in and zero tens of
- * megabytes again. */
+ * a closed mesh has half the lines.
+ *
+ * An edge's first probes lie in the cache line of its lower vertex (eight
+ * slots a vertex), and neighbouring surfaces share vertices, so most
+ * lookups touch memory that was just used; a vertex with more edges than
+ * its line holds goes on at a scattered place.  Nothing is ever removed
+ * but all at once, so lookups follow the same probes as inserts did.
+ *
+ * One table serves every object of every rebuild: emptying it clears only
+ * the slots that were filled, and its pages stay mapped, so a rebuild does
+ * not fault in and zero tens of megabytes again. */
 class EdgeSet {
 public:
-    /* Empties the set and makes room for `expected` edges. */
-    void reset(size_t expected)
+    /* Empties the set for an object whose vertices are numbered from base,
+     * with `vertices` of them and up to `expected` edges. */
+    void reset(uint32_t base, size_t vertices, size_t expected)
     {
-        size_t size = 16;
-        while (size < expected * 2) size *= 2;
+        size_t size = 64;
+        while (size < vertices * LINE || size < expected * 2) size *= 2;
         if (size > slots_.size()) {
             slots_.assign(size, EMPTY);
         } else {
@@ -93,27 +97,43 @@ public:
         }
         filled_.clear();
         mask_ = size - 1;
+        base_ = base;
     }
 
     /* Returns true when the edge was not there yet. */
     bool insert(uint32_t a, uint32_t b)
     {
-        uint64_t key = a < b ? ((uint64_t)a << 32 | b) : ((uint64_t)b << 32 | a);
+        if (a > b) std::swap(a, b);
+        uint64_t key = (uint64_t)a << 32 | b;
+        size_t home = ((size_t)(a - base_) * LINE) & mask_;
+        for (size_t k = 0; k < LINE; k++) {
+            size_t i = home + k;
+            if (slots_[i] == key) return false;
+            if (slots_[i] == EMPTY) return take(i, key);
+        }
         size_t i = (size_t)((key * 0x9E3779B97F4A7C15ULL) >> 20) & mask_;
         while (slots_[i] != EMPTY) {
             if (slots_[i] == key) return false;
             i = (i + 1) & mask_;
         }
+        return take(i, key);
+    }
+
+private:
+    static constexpr uint64_t EMPTY = ~(uint64_t)0;
+    static constexpr size_t LINE = 8;   /* slots of one 64-byte cache line */
+
+    bool take(size_t i, uint64_t key)
+    {
         slots_[i] = key;
         filled_.push_back(i);
         return true;
     }
 
-private:
-    static constexpr uint64_t EMPTY = ~(uint64_t)0;
     std::vector<uint64_t> slots_;
     std::vector<size_t> filled_;
     size_t mask_ = 0;
+    uint32_t base_ = 0;
 };
 
 static void add_edge(EdgeSet &edges, std::vector<uint32_t> &lines, uint32_t a, uint32_t b)
@@ -141,7 +161,7 @@ static void orth_collect_object(Object *o, int selected, OrthBuild &b)
     }
     std::vector<uint32_t> &lines = b.lines[selected];
     static EdgeSet edges;
-    edges.reset(count_references(o));
+    edges.reset(base, n, count_references(o));
     for (List *l = o->surfaces; l; l = l->next) {
         const Surface *s = (const Surface *)l->item;
         if (!s->vertrefs) continue;
@@ -168,18 +188,6 @@ static void orth_collect(Object *o, int selected, OrthBuild &b)
     int effective = selected || object_is_selected(o);
     if (o->visible) orth_collect_object(o, effective, b);
     for (List *k = o->kids; k; k = k->next) orth_collect((Object *)k->item, effective, b);
-}
-
-static void orth_upload(OrthBatches &batches, const OrthBuild &b)
-{
-    bool points = !b.points[0].empty() || !b.points[1].empty();
-    size_t position_bytes = points ? b.positions.size() * sizeof(float) : 0;
-    upload(batches.positions, GL_ARRAY_BUFFER, b.positions.data(), position_bytes,
-           (GLsizei)(position_bytes / (3 * sizeof(float))));
-    for (int s = 0; s < 2; s++) {
-        upload(batches.points[s], GL_ELEMENT_ARRAY_BUFFER, b.points[s].data(),
-               b.points[s].size() * sizeof(uint32_t), (GLsizei)b.points[s].size());
-    }
 }
 
 /* The window mapping of the current orthographic matrices and viewport
@@ -213,11 +221,12 @@ static uint32_t framebuffer_colour(int colour)
     return 0xFF000000u | ((uint32_t)colour & 0xFFFFFFu);
 }
 
-/* Draws the segments into the pixels of the view's draw buffer: read,
- * write the lines, put back. */
-static void orth_draw_lines(const OrthBuild &b)
+/* Draws the segments and markers into the pixels of the view's draw
+ * buffer: read, write, put back. */
+static void orth_draw_pixels(const OrthBuild &b)
 {
-    if (b.lines[0].empty() && b.lines[1].empty()) return;
+    size_t items = b.lines[0].size() + b.lines[1].size() + b.points[0].size() + b.points[1].size();
+    if (items == 0) return;
     GLint vp[4], draw_buffer = GL_BACK;
     glGetIntegerv(GL_VIEWPORT, vp);
     glGetIntegerv(GL_DRAW_BUFFER, &draw_buffer);
@@ -225,14 +234,21 @@ static void orth_draw_lines(const OrthBuild &b)
     static std::vector<uint32_t> pixels;
     static std::vector<float> window;
     pixels.resize((size_t)vp[2] * vp[3]);
-    window.resize(b.positions.size() / 3 * 2);
-    raster_project(current_window_mapping(), b.positions.data(), b.positions.size() / 3, window.data());
+    size_t points = b.positions.size() / 3;
+    window.resize(points * 2);
+    raster_project(current_window_mapping(), b.positions.data(), points, window.data());
     RasterImage image = {pixels.data(), vp[2], vp[3]};
     glReadBuffer((GLenum)draw_buffer);
     glReadPixels(vp[0], vp[1], vp[2], vp[3], GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
-    const int colours[2] = {prefs.col_line, prefs.col_selline};
+    const int line_colours[2] = {prefs.col_line, prefs.col_selline};
+    const int marker_colours[2] = {prefs.col_vert, prefs.col_selvert};
     for (int s = 0; s < 2; s++) {
-        raster_lines(image, window.data(), b.lines[s].data(), b.lines[s].size(), framebuffer_colour(colours[s]));
+        raster_lines(image, window.data(), points, b.lines[s].data(), b.lines[s].size(),
+                     framebuffer_colour(line_colours[s]));
+    }
+    for (int s = 0; s < 2; s++) {
+        raster_points(image, window.data(), points, b.points[s].data(), b.points[s].size(), prefs.vert_size,
+                      framebuffer_colour(marker_colours[s]));
     }
     glWindowPos2i(vp[0], vp[1]);
     glDrawPixels(vp[2], vp[3], GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
@@ -246,22 +262,10 @@ static void draw_elements(const GpuArray &indices, GLenum mode)
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
 }
 
-static void orth_draw(const OrthBatches &b, const OrthBuild &build, int view)
+static void orth_draw(const OrthBuild &build, int view)
 {
     glDisable(GL_LIGHTING);
-    orth_draw_lines(build);
-    glBindBuffer(GL_ARRAY_BUFFER, b.positions.buffer);
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glVertexPointer(3, GL_FLOAT, 0, nullptr);
-    if (prefs.handles_hollow) glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
-    glPointSize((float)prefs.vert_size);
-    for (int s = 0; s < 2; s++) {
-        set_col(s ? 5 : 4);
-        draw_elements(b.points[s], GL_POINTS);
-    }
-    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-    glDisableClientState(GL_VERTEX_ARRAY);
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    orth_draw_pixels(build);
     for (int s = 0; s < 2; s++) {
         for (Object *o : build.centres[s]) draw_object_centre(o, s, view);
     }
@@ -506,10 +510,9 @@ static void draw_3d(const Batches3d &b)
 
 /* ---- the cache ---- */
 
-static OrthBatches orth_batches[3];
 static OrthBuild orth_build;
 static Batches3d batches_3d;
-static unsigned long built_generation[4], built_signature[4];
+static unsigned long built_generation_3d, built_signature_3d;
 static unsigned long orth_build_generation, orth_build_signature;
 
 static unsigned long mix(unsigned long h, long v)
@@ -542,20 +545,15 @@ int draw_model_batched(int view)
     if (view == 3 && prefs.view_3d_mode != 0 && prefs.view_3d_mode != 1) return 0;
     unsigned long sig = drawing_signature(view);
     if (view == 3) {
-        if (built_generation[3] != model_generation || built_signature[3] != sig) {
+        if (built_generation_3d != model_generation || built_signature_3d != sig) {
             build_3d(batches_3d);
-            built_generation[3] = model_generation;
-            built_signature[3] = sig;
+            built_generation_3d = model_generation;
+            built_signature_3d = sig;
         }
         draw_3d(batches_3d);
         return 1;
     }
     orth_refresh_build(sig);
-    if (built_generation[view] != model_generation || built_signature[view] != sig) {
-        orth_upload(orth_batches[view], orth_build);
-        built_generation[view] = model_generation;
-        built_signature[view] = sig;
-    }
-    orth_draw(orth_batches[view], orth_build, view);
+    orth_draw(orth_build, view);
     return 1;
 }

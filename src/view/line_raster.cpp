@@ -1,6 +1,7 @@
 /*
- * view/line_raster.cpp - one-pixel lines written straight into an image:
- * the orthographic views' edges (see line_raster.h for the rule).
+ * view/line_raster.cpp - one-pixel lines and square markers written
+ * straight into an image: the orthographic views' edges and vertices (see
+ * line_raster.h for the rules).
  */
 #include "view/line_raster.h"
 
@@ -82,12 +83,41 @@ void raster_line(const RasterImage &image, float x0, float y0, float x1, float y
     else draw_major(image, y0, x0, y1, x1, false, colour);
 }
 
-void raster_lines(const RasterImage &image, const float *window, const uint32_t *indices, size_t num_indices,
-                  uint32_t colour)
+void raster_lines(const RasterImage &image, const float *window, size_t num_points, const uint32_t *indices,
+                  size_t num_indices, uint32_t colour)
 {
     for (size_t i = 0; i + 1 < num_indices; i += 2) {
+        if (indices[i] >= num_points || indices[i + 1] >= num_points) continue;
         const float *a = window + 2 * (size_t)indices[i];
         const float *b = window + 2 * (size_t)indices[i + 1];
         raster_line(image, a[0], a[1], b[0], b[1], colour);
+    }
+}
+
+/* The first pixel of a marker along one axis. */
+static double marker_start(float w, int size)
+{
+    if (size % 2) return std::floor(w) - (size - 1) / 2;
+    return std::floor(w + 0.5) - size / 2;
+}
+
+void raster_points(const RasterImage &image, const float *window, size_t num_points, const uint32_t *indices,
+                   size_t num_indices, int size, uint32_t colour)
+{
+    if (image.width < 1 || image.height < 1) return;
+    if (size < 1) size = 1;
+    for (size_t i = 0; i < num_indices; i++) {
+        if (indices[i] >= num_points) continue;
+        const float *p = window + 2 * (size_t)indices[i];
+        if (!std::isfinite(p[0]) || !std::isfinite(p[1])) continue;
+        double x0 = std::max(marker_start(p[0], size), 0.0);
+        double y0 = std::max(marker_start(p[1], size), 0.0);
+        double x1 = std::min(marker_start(p[0], size) + size, (double)image.width);
+        double y1 = std::min(marker_start(p[1], size) + size, (double)image.height);
+        if (!(x0 < x1 && y0 < y1)) continue;
+        for (int y = (int)y0; y < y1; y++) {
+            uint32_t *row = image.pixels + (size_t)y * image.width;
+            for (int x = (int)x0; x < x1; x++) row[x] = colour;
+        }
     }
 }

@@ -1,7 +1,9 @@
 /*
- * view/line_raster.h - drawing one-pixel lines into an image in memory.
+ * view/line_raster.h - drawing one-pixel lines and square vertex markers
+ * into an image in memory.
  *
- * The orthographic views draw every edge of the model as a thin line.  A
+ * The orthographic views draw every edge of the model as a thin line and
+ * every vertex as a small square.  A
  * software OpenGL spends several hundred nanoseconds on each line (vertex
  * processing, setup, binning and rasterising a quad), which makes a model
  * of a million triangles take a third of a second per view; writing the
@@ -13,7 +15,9 @@
  * major axis, the pixel column (or row) whose centre lies in the half-open
  * span from the first end to the second is drawn, at the minor position
  * the line has at that centre; so the last pixel of a line is left for the
- * next line of an outline to draw.
+ * next line of an outline to draw.  Markers follow its rule for aliased
+ * points: a square of size pixels around the pixel holding the point (odd
+ * sizes) or around the pixel corner nearest to it (even sizes).
  */
 #ifndef VESK_VIEW_LINE_RASTER_H
 #define VESK_VIEW_LINE_RASTER_H
@@ -43,8 +47,14 @@ void raster_project(const RasterMapping &mapping, const float *points, size_t n,
 void raster_line(const RasterImage &image, float x0, float y0, float x1, float y1, uint32_t colour);
 
 /* Draws the lines between pairs of points: indices[2i] to indices[2i+1]
- * index window (two floats per point). */
-void raster_lines(const RasterImage &image, const float *window, const uint32_t *indices, size_t num_indices,
-                  uint32_t colour);
+ * index window (two floats for each of num_points points); a pair with an
+ * index out of range is skipped. */
+void raster_lines(const RasterImage &image, const float *window, size_t num_points, const uint32_t *indices,
+                  size_t num_indices, uint32_t colour);
+
+/* Draws a marker of size pixels (at least 1) at each indexed point;
+ * indices out of range are skipped. */
+void raster_points(const RasterImage &image, const float *window, size_t num_points, const uint32_t *indices,
+                   size_t num_indices, int size, uint32_t colour);
 
 #endif

@@ -118,8 +118,10 @@ TEST(LineRaster, IndexedLinesUseTheProjectedPoints)
     EXPECT_EQ(window[2], 30.5f);
     EXPECT_EQ(window[5], 30.5f);
     Canvas c(40, 40);
-    const uint32_t pairs[] = {0, 1, 1, 2, 7};   /* a trailing odd index is ignored */
-    raster_lines(c.image(), window, pairs, 5, INK);
+    /* A pair naming a point that is not there is skipped, and a trailing
+     * odd index is ignored. */
+    const uint32_t pairs[] = {0, 1, 1, 2, 0, 3, 9, 2, 7};
+    raster_lines(c.image(), window, 3, pairs, 9, INK);
     Pixels expected;
     for (int x = 20; x < 30; x++) expected.insert({x, 20});
     for (int y = 20; y < 30; y++) expected.insert({30, y});
@@ -173,4 +175,35 @@ TEST(LineRaster, BadEndsAndEmptyImagesDrawNothing)
 
     RasterImage none = {nullptr, 0, 0};
     raster_line(none, 0, 0, 5, 5, INK);   /* must not touch the null pixels */
+}
+
+/* Markers: odd sizes centre on the pixel holding the point, even sizes on
+ * the nearest pixel corner; clipped at the edges; bad points skipped. */
+TEST(LineRaster, MarkersFollowThePointRule)
+{
+    const float window[] = {5.3f, 5.3f, 5.7f, 5.2f, 0.2f, 9.9f, std::nanf(""), 1.0f, 1e30f, -1e30f};
+    const uint32_t first[] = {0};
+    Canvas odd(12, 12);
+    raster_points(odd.image(), window, 5, first, 1, 3, INK);
+    Pixels expected;
+    for (int y = 4; y <= 6; y++) {
+        for (int x = 4; x <= 6; x++) expected.insert({x, y});
+    }
+    EXPECT_EQ(odd.inked(), expected);
+
+    const uint32_t second[] = {1};
+    Canvas even(12, 12);
+    raster_points(even.image(), window, 5, second, 1, 2, INK);
+    EXPECT_EQ(even.inked(), (Pixels{{5, 4}, {6, 4}, {5, 5}, {6, 5}}));
+
+    /* At the corner of the image only the part inside is drawn; a point
+     * that is not a number, one far away and an index past the end draw
+     * nothing; size 0 draws as 1. */
+    const uint32_t rest[] = {2, 3, 4, 7};
+    Canvas edge(12, 12);
+    raster_points(edge.image(), window, 5, rest, 4, 4, INK);
+    EXPECT_EQ(edge.inked(), (Pixels{{0, 8}, {1, 8}, {0, 9}, {1, 9}, {0, 10}, {1, 10}, {0, 11}, {1, 11}}));
+    Canvas one(12, 12);
+    raster_points(one.image(), window, 5, first, 1, 0, INK);
+    EXPECT_EQ(one.inked(), (Pixels{{5, 5}}));
 }
