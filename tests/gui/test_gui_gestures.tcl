@@ -236,13 +236,17 @@ healthy "empty model undo"
 remote {vesk set_select_mode 1}
 
 # ======== keys with the pointer over no view ========
-# Two boxes: A around (-1, 1, 0) and B around (1, -1, 0).
-remote {vesk new_cube; vesk clear_selection}
-set A [last_object]
-remote "vesk object_select $A; vesk move -1 1 0; vesk set_current_object_name A; vesk clear_selection"
-remote {vesk new_cube; vesk clear_selection}
-set B [last_object]
-remote "vesk object_select $B; vesk move 1 -1 0; vesk set_current_object_name B; vesk clear_selection"
+# Makes the two boxes: A around (-1, 1, 0) and B around (1, -1, 0).
+proc make_boxes {} {
+    global A B
+    foreach {name dx dy} {A -1 1 B 1 -1} {
+        remote {vesk new_cube; vesk clear_selection}
+        set id [last_object]
+        remote "vesk object_select $id; vesk move $dx $dy 0; vesk set_current_object_name $name; vesk clear_selection"
+        set $name $id
+    }
+}
+make_boxes
 check "two boxes made" [list [remote "vesk object_get_name $A"] [remote "vesk object_get_name $B"]] {A B}
 set A0 [vertices $A]
 set B0 [vertices $B]
@@ -642,12 +646,7 @@ remote {vesk set_draw_mode 0}
 healthy "draw tool changed while drawing"
 
 # Put the two boxes back for what follows.
-remote {vesk new_cube; vesk clear_selection}
-set A [last_object]
-remote "vesk object_select $A; vesk move -1 1 0; vesk set_current_object_name A; vesk clear_selection"
-remote {vesk new_cube; vesk clear_selection}
-set B [last_object]
-remote "vesk object_select $B; vesk move 1 -1 0; vesk set_current_object_name B; vesk clear_selection"
+make_boxes
 
 # ======== press and release without motion in every draw mode ========
 set segments [remote {set prefs_num_surface_div}]
