@@ -214,8 +214,8 @@ static RasterMapping current_window_mapping(void)
     return m;
 }
 
-/* The colour of a palette slot of set_col as the framebuffer holds it
- * (bytes blue, green, red, alpha). */
+/* A preference colour (0xRRGGBB) as the framebuffer holds it: bytes blue,
+ * green, red, alpha, as glColor3ub of its bytes would write it. */
 static uint32_t framebuffer_colour(int colour)
 {
     return 0xFF000000u | ((uint32_t)colour & 0xFFFFFFu);
