@@ -60,6 +60,15 @@ proc start_vesk {model} {
     error "vesk did not open its scripting socket"
 }
 
+# Starts vesk on a model with nothing in it.
+proc start_vesk_empty {} {
+    set model [file join $::scratch empty.vk]
+    set fd [open $model w]
+    puts $fd "VESKb\nOBJECT world\nkids 0"
+    close $fd
+    start_vesk $model
+}
+
 proc read_log {} {
     set fd [open $::log r]
     set text [read $fd]

@@ -5,11 +5,7 @@
 # keeps a drag on its first axis.
 source [file join [file dirname [info script]] gui_lib.tcl]
 
-set model [file join $::scratch empty.vk]
-set fd [open $model w]
-puts $fd "VESKb\nOBJECT world\nkids 0"
-close $fd
-start_vesk $model
+start_vesk_empty
 remote {vesk reset_views}
 settle
 

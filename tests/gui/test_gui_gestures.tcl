@@ -10,11 +10,7 @@
 # behind, and the next gesture behaves normally.
 source [file join [file dirname [info script]] gui_lib.tcl]
 
-set model [file join $::scratch empty.vk]
-set fd [open $model w]
-puts $fd "VESKb\nOBJECT world\nkids 0"
-close $fd
-start_vesk $model
+start_vesk_empty
 # Background errors of the scripts are collected instead of shown.
 remote {set ::gesture_errors {}; interp bgerror {} [list apply {{msg opts} {lappend ::gesture_errors $msg}}]}
 remote {vesk reset_views}
