@@ -10,6 +10,7 @@
 #include "core/internal.h"
 #include "edit/selection.h"
 #include "view/overlay.h"
+#include "view/picture_cache_gl.h"
 #include "view/redraw.h"
 #include "view/view_state.h"
 
@@ -297,58 +298,23 @@ static void draw_overlay(int view)
  * more often.  So each view keeps the pixels of its grid-and-model layer
  * and puts them back while nothing they depend on has changed. */
 
-struct PictureCache {
-    unsigned long key;
-    int width, height, valid;
-    std::vector<unsigned char> pixels;
-};
-
 static PictureCache picture_caches[3];
-
-static unsigned long mix_bits(unsigned long h, const void *data, size_t n)
-{
-    const unsigned char *p = (const unsigned char *)data;
-    for (size_t i = 0; i < n; i++) h = (h ^ p[i]) * 1099511628211UL;
-    return h;
-}
 
 static unsigned long picture_key(int view, int width, int height)
 {
-    unsigned long h = 1469598103934665603UL;
+    unsigned long h = picture_key_start();
     const ViewState &v = views[view];
-    h = mix_bits(h, &model_generation, sizeof model_generation);
-    h = mix_bits(h, &v.scale, sizeof v.scale);
-    h = mix_bits(h, v.pan, sizeof v.pan);
-    h = mix_bits(h, v.centre, sizeof v.centre);
+    h = picture_key_mix(h, &model_generation, sizeof model_generation);
+    h = picture_key_mix(h, &v.scale, sizeof v.scale);
+    h = picture_key_mix(h, v.pan, sizeof v.pan);
+    h = picture_key_mix(h, v.centre, sizeof v.centre);
     const int ints[] = {view, width, height, prefs.show_drawgrid, prefs.col_background, prefs.col_grid,
                         prefs.col_axis, prefs.col_line, prefs.col_selline, prefs.col_vert,
                         prefs.col_selvert, prefs.show_vertices, prefs.vert_size, prefs.handles_hollow,
                         prefs.show_object_centres, prefs.object_centre_size, selection.select_mode};
-    h = mix_bits(h, ints, sizeof ints);
-    h = mix_bits(h, &prefs.drawgrid, sizeof prefs.drawgrid);
+    h = picture_key_mix(h, ints, sizeof ints);
+    h = picture_key_mix(h, &prefs.drawgrid, sizeof prefs.drawgrid);
     return h;
-}
-
-static int picture_restore(int view, unsigned long key, int width, int height)
-{
-    PictureCache &c = picture_caches[view];
-    if (!c.valid || c.key != key || c.width != width || c.height != height) return 0;
-    glWindowPos2i(0, 0);
-    glDrawPixels(width, height, GL_BGRA, GL_UNSIGNED_BYTE, c.pixels.data());
-    return 1;
-}
-
-static void picture_store(int view, unsigned long key, int width, int height, int double_buffered)
-{
-    PictureCache &c = picture_caches[view];
-    c.pixels.resize((size_t)width * height * 4);
-    glReadBuffer(double_buffered ? GL_BACK : GL_FRONT);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, width, height, GL_BGRA, GL_UNSIGNED_BYTE, c.pixels.data());
-    c.key = key;
-    c.width = width;
-    c.height = height;
-    c.valid = 1;
 }
 
 void redraw_orth_real(int view, int width, int height, int double_buffered)
@@ -363,7 +329,7 @@ void redraw_orth_real(int view, int width, int height, int double_buffered)
     glDisable(GL_CULL_FACE);
     unsigned long key = picture_key(view, width, height);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    if (!picture_restore(view, key, width, height)) {
+    if (!picture_restore(picture_caches[view], key, width, height)) {
         float bg[3];
         long_rgb_to_floats(prefs.col_background, &bg[0], &bg[1], &bg[2]);
         glClearColor(bg[0], bg[1], bg[2], 0.0f);
@@ -376,7 +342,7 @@ void redraw_orth_real(int view, int width, int height, int double_buffered)
         draw_model(view);
         if (debug_flag) console_printf("ORTH %d TIME %d\n", view, (int)((clock() - start) * 1000 / CLOCKS_PER_SEC));
         render_state.orth_drawing = 0;
-        picture_store(view, key, width, height, double_buffered);
+        picture_store(picture_caches[view], key, width, height, double_buffered);
     }
     pixel_projection(width, height);
     draw_selected_markers(view);

@@ -10,6 +10,8 @@
 #include "core/lights.h"
 #include "edit/selection.h"
 #include "view/camera.h"
+#include "view/picture_cache_gl.h"
+#include "view/redraw.h"
 
 #include <GL/glu.h>
 
@@ -274,8 +276,58 @@ static void redraw_3d_all(int double_buffered)
     if (!double_buffered) glFlush();
 }
 
+/* ---- the picture cache ----
+ *
+ * A frame of the 3D view is drawn from the model, the camera, the settings,
+ * the selection and the window size alone.  Redraws where none of these
+ * changed (the window uncovered by a menu or a dialog, a redraw of all
+ * views after a change to the orthographic views only) put the last
+ * frame's pixels back instead of drawing the model again. */
+
+static PictureCache picture_3d;
+
+/* Everything of the selection the frame shows: the box and, when their
+ * markers are drawn, the selected vertices. */
+static unsigned long mix_selection(unsigned long h)
+{
+    h = picture_key_mix(h, &selection.selection_has_extent, sizeof selection.selection_has_extent);
+    h = picture_key_mix(h, selection.box_min, sizeof selection.box_min);
+    h = picture_key_mix(h, selection.box_max, sizeof selection.box_max);
+    h = picture_key_mix(h, &selection.select_mode, sizeof selection.select_mode);
+    h = picture_key_mix(h, &selection.num_selected_vertices, sizeof selection.num_selected_vertices);
+    if (!prefs.show_vertices_3d && !prefs.show_selected_vertices_3d) return h;
+    for (List *v = selection.selected_vertices; v; v = v->next) {
+        h = picture_key_mix(h, ((Vertex *)v->item)->point, sizeof(float[3]));
+    }
+    return h;
+}
+
+static unsigned long picture_key_3d(int width, int height)
+{
+    unsigned long h = picture_key_start();
+    const int ints[] = {width, height, view_3d_textures, render_state.lighting_enabled};
+    h = picture_key_mix(h, ints, sizeof ints);
+    h = picture_key_mix(h, &model_generation, sizeof model_generation);
+    /* All of the settings and the camera, byte for byte: any change draws
+     * the frame afresh. */
+    h = picture_key_mix(h, &prefs, sizeof prefs);
+    h = picture_key_mix(h, get_person(), sizeof(Person));
+    h = picture_key_mix(h, render_state.texture_repeat, sizeof render_state.texture_repeat);
+    return mix_selection(h);
+}
+
 void redraw_3d_real(int width, int height, int double_buffered)
 {
     setup_projection_3d(width, height);
+    if (render_state.render_mode != GL_RENDER || width < 1 || height < 1) {
+        redraw_3d_all(double_buffered);
+        return;
+    }
+    unsigned long key = picture_key_3d(width, height);
+    if (picture_restore(picture_3d, key, width, height)) {
+        if (!double_buffered) glFlush();
+        return;
+    }
     redraw_3d_all(double_buffered);
+    picture_store(picture_3d, key, width, height, double_buffered);
 }

@@ -103,6 +103,27 @@ exec xdotool key 1
 settle
 check "1 returns to spin mode" [remote {set person_walk_vehicle}] 0
 
+# ---- the 3D view puts back its kept picture only while nothing changed ----
+# A redraw that changes nothing, as when the view is uncovered, shows the
+# same picture; a setting changed with no change to the model (the axes
+# turned off) is drawn at the next redraw all the same.
+proc redraw_3d_only {} {
+    remote {update; .views.xyzframe.f.win postredisplay; update}
+    after 300
+    remote {update}
+}
+set before [region_signature [shot before_cover] $tx $ty $tw $th]
+remote "toplevel .cover; wm geometry .cover ${tw}x${th}+${tx}+${ty}; update; destroy .cover; update"
+redraw_3d_only
+check "uncovered 3D view shows the same picture" [region_signature [shot after_cover] $tx $ty $tw $th] $before
+remote {set prefs_show_axis [expr {!$prefs_show_axis}]}
+redraw_3d_only
+set changed [region_signature [shot axes_toggled] $tx $ty $tw $th]
+check "a setting changed without a model change is drawn" [expr {$changed ne $before}] 1
+remote {set prefs_show_axis [expr {!$prefs_show_axis}]}
+redraw_3d_only
+check "turning it back gives the first picture" [region_signature [shot axes_back] $tx $ty $tw $th] $before
+
 # ---- a fault inside a command: reported, and the program goes on ----
 check "fault plug-in loads" [remote "vesk plugin_load [list $::fault_plugin]"] ""
 remote_send {vesk test_fault}
