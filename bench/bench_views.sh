@@ -22,6 +22,16 @@ after 2000 {
         set first [vesk_time_redraw $v 1]
         puts [format "  view %d redraw: %8s ms after a change, %8s ms unchanged" $v $first [vesk_time_redraw $v 5]]
     }
+    # The 3D view while the camera turns: a Left key before each frame.
+    set w .views.xyzframe.f.win
+    event generate $w <Enter> -x 50 -y 50
+    event generate $w <Motion> -x 50 -y 50
+    set sum 0
+    for {set i 0} {$i < 10} {incr i} {
+        event generate $w <KeyPress-Left>
+        set sum [expr {$sum + [vesk_time_redraw 3 1]}]
+    }
+    puts [format "  view 3 redraw while the camera turns: %.2f ms a frame" [expr {$sum / 10}]]
     set sum 0
     vesk redraw_all
     foreach v {0 1 2 3} { set sum [expr {$sum + [vesk_time_redraw $v 1]}] }
@@ -45,3 +55,11 @@ for n in 224 708; do
   (cd "$top" && HOME="$work/home" sh "$top/tests/gui/run_with_xvfb.sh" "$build/vesk" "$work/mesh.vk" 2>&1) |
     grep -E "^  "
 done
+# The driver's own cost of 100k and 20k small triangles in a window the size
+# of the 3D view, with the simplest drawing state: the floor for that view.
+if [ -x "$build/bench/bench_gl_floor" ]; then
+  echo "the OpenGL driver alone:"
+  for n in 224 100; do
+    sh "$top/tests/gui/run_with_xvfb.sh" "$build/bench/bench_gl_floor" $n 446 325
+  done
+fi
