@@ -350,7 +350,7 @@ void handle_mouse_down(int view, int x, int y, int button, int state)
     if (g.set_cursor) {
         snap_to_grid(g.down);
         for (int i = 0; i < 3; i++) cursor_3d[i] = g.down[i];
-        redraw_orth();
+        redisplay_orth();
         show_coors(cursor_3d);
         return;
     }
@@ -502,7 +502,7 @@ void handle_mouse_move(int view, int x, int y)
     if (g.set_cursor) {
         snap_to_grid(p);
         for (int i = 0; i < 3; i++) cursor_3d[i] = p[i];
-        redraw_orth();
+        redisplay_orth();
         show_coors(p);
         return;
     }
@@ -634,7 +634,7 @@ void handle_mouse_up(int view, int x, int y, int button)
         snap_to_grid(g.current);
         for (int i = 0; i < 3; i++) cursor_3d[i] = g.current[i];
         g.set_cursor = 0;
-        redraw_orth();
+        redisplay_orth();
         return;
     }
     if (g.brush) {
@@ -711,7 +711,7 @@ static int is_special_code(int c)
 static int handle_key_preference(int view, int c)
 {
     if (c == prefs.key_reset) reset_views();
-    else if (c == prefs.key_centre) { home_windows(); redraw_orth(); }
+    else if (c == prefs.key_centre) { home_windows(); redisplay_orth(); }
     else if (c == 'd') action_duplicate(view);
     else if (c == prefs.key_mode_tree) set_new_select_mode(0);
     else if (c == prefs.key_mode_object) set_new_select_mode(1);

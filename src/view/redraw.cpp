@@ -33,3 +33,13 @@ int redraw_all(void)
     return 1;
 }
 
+
+void redisplay_orth(void)
+{
+    for (int view = 0; view < 3; view++) request_redisplay(view);
+}
+
+void redisplay_all(void)
+{
+    for (int view = 0; view < 4; view++) request_redisplay(view);
+}

@@ -8,14 +8,20 @@
 
 /* Counts changes of what the views show of the model; the drawing code
  * caches its work until it changes.  redraw_all, redraw_orth and
- * redraw_3d advance it (edits call them); request_redisplay does not
- * (camera moves, zoom and exposure call it). */
+ * redraw_3d advance it (edits call them); request_redisplay and the
+ * redisplay_ functions do not (camera moves, zoom, fit, the 3D cursor and
+ * exposure call them). */
 extern unsigned long model_generation;
 
 void request_redisplay(int view);
 int redraw_all(void);
 int redraw_orth(void);
 int redraw_3d(void);
+/* Redraw the orthographic views, or all four, after a change to the views
+ * alone (their mapping, the 3D cursor): the model's drawing caches stay
+ * valid, so a million-triangle model redraws in milliseconds. */
+void redisplay_orth(void);
+void redisplay_all(void);
 /* Fits the orthographic views to the selection. */
 int fit_selected_all(void);
 

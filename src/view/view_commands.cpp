@@ -16,7 +16,8 @@ int command_do_perspective(void)
 {
     /* The projection is set up from the window size and fov_3d at every
      * redraw of the 3D view. */
-    return redraw_3d();
+    request_redisplay(3);
+    return 1;
 }
 
 int tcl_get_3d_cursor(void)
@@ -37,7 +38,8 @@ int command_get_lights(void)
 static int centre_3d_view_on(const float *p)
 {
     person_set_offset(p);
-    return redraw_3d();
+    request_redisplay(3);
+    return 1;
 }
 
 int set_3d_view_selection(void)
@@ -64,13 +66,15 @@ int set_3d_view_origin(void)
 int command_set_walk_viewer(void)
 {
     person_set_walk();
-    return redraw_3d();
+    request_redisplay(3);
+    return 1;
 }
 
 int command_set_spin_viewer(void)
 {
     person_set_spin();
-    return redraw_3d();
+    request_redisplay(3);
+    return 1;
 }
 
 int about_menu(void)

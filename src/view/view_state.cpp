@@ -221,14 +221,14 @@ void home_windows(void)
 void windows_reset_scale(void)
 {
     for (int v = 0; v < NUM_VIEWS; v++) views[v].scale = reset_scale;
-    redraw_all();
+    redisplay_all();
 }
 
 int reset_views(void)
 {
     windows_reset_scale();
     home_windows();
-    redraw_all();
+    redisplay_all();
     return 1;
 }
 
@@ -243,7 +243,7 @@ static void goto_point_in(int view, const float *p)
 void goto_point(const float *p)
 {
     for (int v = 0; v < 3; v++) goto_point_in(v, p);
-    redraw_orth();
+    redisplay_orth();
 }
 
 static void selection_centre(float *c)
@@ -309,7 +309,7 @@ int fit_selected_all(void)
     for (int i = 0; i < 3; i++) size[i] = std::fabs(selection.box_max[i] - selection.box_min[i]);
     apply_fit_ratio(smallest_ratio(size));
     goto_selected_all();
-    redraw_all();
+    redisplay_all();
     return 1;
 }
 
@@ -327,7 +327,7 @@ void fit_selected(int view)
     }
     apply_fit_ratio(r);
     goto_selected(view);
-    redraw_orth();
+    redisplay_orth();
 }
 
 /* Bounds of every vertex below object, counting them. */
@@ -366,6 +366,6 @@ int fit_all(void)
     else r = smallest_ratio(size);
     apply_fit_ratio(r);
     goto_point(centre);
-    redraw_all();
+    redisplay_all();
     return 1;
 }

@@ -14,6 +14,14 @@ remote {vesk reset_views}
 settle
 set s [shot start]
 
+# Waits for the redraws a command asked for, without asking for more: the
+# views must draw the change themselves.
+proc settle_views {} {
+    remote {update}
+    after 300
+    remote {update}
+}
+
 # ---- the front view at scale 100 with no pan ----
 lassign [view_rect 0] fx fy fw fh
 set col_vert [hex_colour 0xFF4444]
@@ -43,14 +51,14 @@ check_true "3D view has shaded colours" [expr {[colour_count $s $tx $ty $tw $th]
 
 # ---- zoom_in scales by 1.5 about the window centre ----
 remote {vesk zoom_in}
-settle
+settle_views
 set s [shot zoomed]
 lassign [front_xy 0.6 0.0 150 $fw $fh] vx vy
 check_pixel "zoom_in moves the corner as mapped" $s [expr {$fx + $vx}] [expr {$fy + $vy}] $col_vert
 
 # ---- reset_views brings scale 100 back ----
 remote {vesk reset_views}
-settle
+settle_views
 set s [shot reset]
 lassign [front_xy 0.6 1.5 100 $fw $fh] vx vy
 check_pixel "reset_views restores the mapping" $s [expr {$fx + $vx}] [expr {$fy + $vy}] $col_vert
@@ -66,11 +74,24 @@ set ratios [list \
     [expr {min($sw / 600.0, $sh / 270.0)}]]
 set scale [expr {[tcl::mathfunc::min {*}$ratios] * 100 * 0.8}]
 remote {vesk fit_all}
-settle
+settle_views
 set s [shot fitted]
 # The view is centred on the model's centre (0, 1.35, 0): pan = (0, s*1.35).
 lassign [front_xy -4 0 $scale $fw $fh 0 [expr {$scale * 1.35}]] vx vy
 check_pixel "fit_all puts the floor corner where the mapping predicts" $s [expr {$fx + $vx}] [expr {$fy + $vy}] $col_vert
+
+# ---- an Alt+click puts the 3D cursor where it is clicked ----
+# Near the top left of the front view, clear of the model; the cursor snaps
+# to the grid, so its arm is looked for where the mapping puts the cursor.
+lassign [front_xy -4.5 2.5 $scale $fw $fh 0 [expr {$scale * 1.35}]] cx cy
+exec xdotool mousemove [expr {$fx + $cx}] [expr {$fy + $cy}] keydown alt click 1 keyup alt
+settle_views
+lassign [remote {vesk get_3d_cursor}] kx ky
+lassign [front_xy $kx $ky $scale $fw $fh 0 [expr {$scale * 1.35}]] cx cy
+set arm_x [expr {$fx + $cx + 10}]
+set arm_y [expr {$fy + $cy}]
+set after_cursor [pixel [shot cursor_moved] $arm_x $arm_y]
+check "the cursor is drawn where it was put" [near_colour $after_cursor [pixel $s $arm_x $arm_y]] 0
 
 # ---- one view only ----
 remote {set viewsetting xy}
