@@ -33,7 +33,6 @@ int redraw_all(void)
     return 1;
 }
 
-
 void redisplay_orth(void)
 {
     for (int view = 0; view < 3; view++) request_redisplay(view);

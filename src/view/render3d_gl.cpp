@@ -286,15 +286,16 @@ static void redraw_3d_all(int double_buffered)
 
 static PictureCache picture_3d;
 
-/* Everything of the selection the frame shows: the box and, when their
- * markers are drawn, the selected vertices. */
+/* Everything of the selection the frame may show: the box, which objects
+ * are selected and, when their markers are drawn, the selected vertices. */
 static unsigned long mix_selection(unsigned long h)
 {
-    h = picture_key_mix(h, &selection.selection_has_extent, sizeof selection.selection_has_extent);
+    const int counts[] = {selection.selection_has_extent, selection.select_mode, selection.num_selected_vertices,
+                          selection.num_selected_objects};
+    h = picture_key_mix(h, counts, sizeof counts);
     h = picture_key_mix(h, selection.box_min, sizeof selection.box_min);
     h = picture_key_mix(h, selection.box_max, sizeof selection.box_max);
-    h = picture_key_mix(h, &selection.select_mode, sizeof selection.select_mode);
-    h = picture_key_mix(h, &selection.num_selected_vertices, sizeof selection.num_selected_vertices);
+    for (List *o = selection.selected_objects; o; o = o->next) h = picture_key_mix(h, &o->item, sizeof o->item);
     if (!prefs.show_vertices_3d && !prefs.show_selected_vertices_3d) return h;
     for (List *v = selection.selected_vertices; v; v = v->next) {
         h = picture_key_mix(h, ((Vertex *)v->item)->point, sizeof(float[3]));
