@@ -70,6 +70,12 @@ proc ::vesk::view::build_view {ident} {
 proc ::vesk::view::create_drawing_window {path ident double} {
     variable have_togl
     if {$have_togl} {
+        # Togl can't recover from a display without a fitting visual, so
+        # that is found out first; without one the modeller can't work.
+        if {[info commands vesk_gl_visual_ok] ne "" && ![vesk_gl_visual_ok $double]} {
+            error "this display ([winfo screen .]) has no OpenGL visual with RGB colour and a depth\
+                buffer - the views can't be drawn (try a 24-bit colour display)"
+        }
         set options [list -rgba true -double $double -depth true -ident $ident -width 400 -height 300]
         if {[info commands vesk_togl_display] ne ""} {
             lappend options -createcommand vesk_togl_create -displaycommand vesk_togl_display \

@@ -19,6 +19,7 @@
 #include "view/view_state.h"
 
 #include <togl.h>
+#include <GL/glx.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
@@ -280,8 +281,29 @@ static int time_pick_cmd(ClientData, Tcl_Interp *interp, int argc, const char **
     return time_calls(interp, c, true);
 }
 
+/* vesk_gl_visual_ok DOUBLE: whether the display offers an RGBA visual with
+ * a depth buffer, double-buffered when DOUBLE is true.  Togl leaves a
+ * broken window behind when it finds none, and Xlib then ends the program
+ * on the next event, so the scripts ask before they make a view. */
+static int gl_visual_ok_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+{
+    int double_buffered = 0;
+    if (argc != 2 || Tcl_GetBoolean(interp, argv[1], &double_buffered) != TCL_OK) {
+        return usage(interp, "usage: vesk_gl_visual_ok double(0/1)");
+    }
+    Tk_Window main = Tk_MainWindow(interp);
+    if (!main) return usage(interp, "vesk_gl_visual_ok: Tk is not running");
+    int attributes[] = {GLX_RGBA, GLX_RED_SIZE, 1, GLX_GREEN_SIZE, 1, GLX_BLUE_SIZE, 1, GLX_DEPTH_SIZE, 1,
+                        double_buffered ? GLX_DOUBLEBUFFER : (int)None, (int)None};
+    XVisualInfo *visual = glXChooseVisual(Tk_Display(main), Tk_ScreenNumber(main), attributes);
+    Tcl_SetResult(interp, (char *)(visual ? "1" : "0"), TCL_STATIC);
+    if (visual) XFree(visual);
+    return TCL_OK;
+}
+
 void register_togl_callbacks(Tcl_Interp *interp)
 {
+    Tcl_CreateCommand(interp, "vesk_gl_visual_ok", gl_visual_ok_cmd, nullptr, nullptr);
     Tcl_CreateCommand(interp, "vesk_time_pick", time_pick_cmd, nullptr, nullptr);
     Tcl_CreateCommand(interp, "vesk_time_redraw", time_redraw_cmd, nullptr, nullptr);
     Tcl_CreateCommand(interp, "vesk_togl_create", togl_callback, (ClientData)0, nullptr);
