@@ -36,6 +36,12 @@ proc finish {} {
 
 # Starts vesk on a model; returns when its scripting socket answers.
 proc start_vesk {model} {
+    launch_vesk $model
+    connect_vesk
+}
+
+# Starts vesk on a model with a fresh home directory, without waiting.
+proc launch_vesk {model} {
     set home [file join $::scratch home]
     file mkdir $home
     set ::port [expr {20000 + [pid] % 20000}]
@@ -48,6 +54,10 @@ proc start_vesk {model} {
     close $fd
     set ::log [file join $::scratch vesk.log]
     set ::vesk_pid [exec env HOME=$home VESK_HOME=$::src sh -c "cd [list $::src] && exec [list $::vesk_bin] [list $model]" >& $::log &]
+}
+
+# Waits for the scripting socket of the vesk started last and opens it.
+proc connect_vesk {} {
     for {set i 0} {$i < 200} {incr i} {
         if {![catch {socket 127.0.0.1 $::port} ::sock]} {
             fconfigure $::sock -buffering line -translation lf -encoding utf-8
