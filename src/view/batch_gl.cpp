@@ -246,8 +246,12 @@ static void orth_draw_pixels(const OrthBuild &b)
         raster_lines(image, window.data(), points, b.lines[s].data(), b.lines[s].size(),
                      framebuffer_colour(line_colours[s]));
     }
+    /* OpenGL limits the size of points; the markers keep to that limit. */
+    GLfloat size_range[2] = {1.0f, 1.0f};
+    glGetFloatv(GL_ALIASED_POINT_SIZE_RANGE, size_range);
+    int marker_size = std::min(prefs.vert_size, (int)size_range[1]);
     for (int s = 0; s < 2; s++) {
-        raster_points(image, window.data(), points, b.points[s].data(), b.points[s].size(), prefs.vert_size,
+        raster_points(image, window.data(), points, b.points[s].data(), b.points[s].size(), marker_size,
                       framebuffer_colour(marker_colours[s]));
     }
     glWindowPos2i(vp[0], vp[1]);

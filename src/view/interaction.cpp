@@ -190,7 +190,7 @@ static int handle_at(int view, int x, int y)
 {
     if (nothing_is_selected() || !views[view].handles) return 0;
     ScreenBox b = screen_box(view);
-    int hs = prefs.handle_size;
+    int hs = pixel_size(prefs.handle_size);
     int mx = (b.left + b.right) / 2 - hs / 2, my = (b.top + b.bottom) / 2 - hs / 2;
     const struct {
         int x, y, code;

@@ -193,6 +193,7 @@ static void draw_orth_grid(int view, int width, int height)
 
 static void draw_vert_size(const Vertex *vertex, int view, int size)
 {
+    size = pixel_size(size);
     int x, y;
     point2xy(vertex->point, &x, &y, view);
     if (size <= 1) {
@@ -225,7 +226,7 @@ static void draw_bounding_box(int view)
     set_col(6);
     draw_rect(left, top, right - left, bottom - top);
     if (!views[view].handles) return;
-    int hs = prefs.handle_size;
+    int hs = pixel_size(prefs.handle_size);
     int mx = (left + right) / 2 - hs / 2, my = (top + bottom) / 2 - hs / 2;
     const int squares[8][2] = {{left, top},           {left, bottom - hs}, {right - hs, bottom - hs},
                                {right - hs, top},     {mx, top},           {mx, bottom - hs},

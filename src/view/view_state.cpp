@@ -58,14 +58,18 @@ void screen2point(const float *s, float *p, int view)
     p[2] = (s[2] - v.centre[2] - v.pan[2]) / v.scale;
 }
 
-/* trunc(value + 0.5) as an int, kept inside the int range so that huge
- * zoom factors cannot overflow. */
+/* Window positions are kept within +-1e9 pixels, far outside any window,
+ * so that huge zoom factors overflow neither a position nor the distance
+ * between two of them. */
+enum { FAR_PIXELS = 1000000000 };
+
+/* trunc(value + 0.5) as an int, saturating at FAR_PIXELS. */
 static int round_half_trunc(float value)
 {
     double d = (double)value + 0.5;
     if (!(d == d)) return 0;
-    if (d > 2.0e9) return 2000000000;
-    if (d < -2.0e9) return -2000000000;
+    if (d > FAR_PIXELS) return FAR_PIXELS;
+    if (d < -FAR_PIXELS) return -FAR_PIXELS;
     return (int)d;
 }
 
@@ -99,9 +103,14 @@ void point3towin(Vertex *vertex, int view)
 static int trunc_int(float value)
 {
     if (!(value == value)) return 0;
-    if (value > 2.0e9f) return 2000000000;
-    if (value < -2.0e9f) return -2000000000;
+    if (value > (float)FAR_PIXELS) return FAR_PIXELS;
+    if (value < -(float)FAR_PIXELS) return -FAR_PIXELS;
     return (int)value;
+}
+
+int pixel_size(int size)
+{
+    return size < -4096 ? -4096 : (size > 4096 ? 4096 : size);
 }
 
 void size_to_pixels(const float *size, int *w, int *h, int view)

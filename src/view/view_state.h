@@ -29,7 +29,11 @@ extern const float reset_scale;
 void init_views(void);
 void point2screen(const float *p, float *s, int view);
 void screen2point(const float *s, float *p, int view);
+/* The window pixel of a model point, kept within +-1e9 pixels. */
 void point2xy(const float *p, int *x, int *y, int view);
+/* A marker or handle size from the preferences, kept within +-4096 pixels
+ * so that no arithmetic on it overflows. */
+int pixel_size(int size);
 void point3towin(Vertex *vertex, int view);
 void size_to_pixels(const float *size, int *w, int *h, int view);
 void mouse_to_point(int mx, int my, int view, float *p);

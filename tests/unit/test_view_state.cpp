@@ -3,12 +3,12 @@
  * and the 3D camera's steps: all display-free.
  */
 #include "test_support.h"
-
 #include "app/shared_state.h"
 #include "edit/selection.h"
 #include "view/camera.h"
 #include "view/view_state.h"
 
+#include <climits>
 #include <cmath>
 
 namespace {
@@ -80,6 +80,19 @@ TEST(ViewMapping, HugeAndTinyZoomStayInRange)
     point2xy(far_point, &x, &y, 0);
     EXPECT_GT(x, 0);
     EXPECT_GT(y, 0);
+    /* Opposite far points stay far enough inside the int range that their
+     * distance, plus a margin, is still an int. */
+    const float other_side[3] = {-1e30f, 1e30f, 0};
+    int x2, y2;
+    point2xy(other_side, &x2, &y2, 0);
+    EXPECT_LE((long long)x - x2 + 4096, (long long)INT_MAX);
+    EXPECT_LE((long long)y - y2 + 4096, (long long)INT_MAX);
+    views[0].scale = INFINITY;
+    point2xy(far_point, &x, &y, 0);
+    EXPECT_LE((long long)x - x2 + 4096, (long long)INT_MAX);
+    EXPECT_EQ(pixel_size(2000000000), 4096);
+    EXPECT_EQ(pixel_size(-2147483647 - 1), -4096);
+    EXPECT_EQ(pixel_size(7), 7);
     views[0].scale = 1e-30f;
     point2xy(far_point, &x, &y, 0);
     Vertex *vx = new_vertex_set(1e30f, 1e30f, 0);
