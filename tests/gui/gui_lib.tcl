@@ -180,3 +180,26 @@ proc check_pixel {name file x y expected} {
 proc hex_colour {value} {
     return [list [expr {($value >> 16) & 255}] [expr {($value >> 8) & 255}] [expr {$value & 255}]]
 }
+
+# Waits up to five seconds for a "VESK Message" box; returns its window id,
+# or "" when none came.
+proc wait_for_message_box {} {
+    for {set i 0} {$i < 50} {incr i} {
+        if {![catch {exec xdotool search --name "VESK Message"} found] && $found ne ""} {
+            return [lindex $found end]
+        }
+        after 100
+    }
+    return ""
+}
+
+# Presses the OK button at the bottom of a message box with a real click.
+proc press_message_box_ok {dialog} {
+    set geometry [exec xdotool getwindowgeometry --shell $dialog]
+    regexp {X=(\d+)} $geometry -> x
+    regexp {Y=(\d+)} $geometry -> y
+    regexp {WIDTH=(\d+)} $geometry -> w
+    regexp {HEIGHT=(\d+)} $geometry -> h
+    exec xdotool mousemove [expr {$x + $w / 2}] [expr {$y + $h - 20}] click 1
+    after 300
+}

@@ -78,23 +78,11 @@ if {$display ne ""} {
 # ---- a model file that does not exist: a message box, then an empty model ----
 launch_vesk [file join $::scratch no_such_model.vk]
 connect_vesk
-set dialog ""
-for {set i 0} {$i < 50 && $dialog eq ""} {incr i} {
-    catch {set dialog [exec xdotool search --name "VESK Message"]}
-    if {$dialog eq ""} { after 100 }
-}
+set dialog [wait_for_message_box]
 check_true "missing model: a message box" [expr {$dialog ne ""}]
 check_true "missing model: the log says why" [string match "*no_such_model.vk*No such file*" [read_log]]
-after 300
 shot missing_model
-# Press the dialog's OK button with a real click.
-set geometry [exec xdotool getwindowgeometry --shell [lindex $dialog end]]
-regexp {X=(\d+)} $geometry -> dx
-regexp {Y=(\d+)} $geometry -> dy
-regexp {WIDTH=(\d+)} $geometry -> dw
-regexp {HEIGHT=(\d+)} $geometry -> dh
-exec xdotool mousemove [expr {$dx + $dw / 2}] [expr {$dy + $dh - 20}] click 1
-after 300
+press_message_box_ok $dialog
 check "missing model: the program runs on with an empty model" [dict get [remote {vesk get_info}] objects] 0
 
 # ---- huge and tiny zoom factors, and views squeezed to nothing ----

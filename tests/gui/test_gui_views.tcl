@@ -148,22 +148,10 @@ check "turning it back gives the first picture" [region_signature [shot axes_bac
 # ---- a fault inside a command: reported, and the program goes on ----
 check "fault plug-in loads" [remote "vesk plugin_load [list $::fault_plugin]"] ""
 remote_send {vesk test_fault}
-set dialog ""
-for {set i 0} {$i < 50 && $dialog eq ""} {incr i} {
-    after 100
-    catch {set dialog [exec xdotool search --name "VESK Message"]}
-}
+set dialog [wait_for_message_box]
 check_true "the fault is shown in a message box" [expr {$dialog ne ""}]
 shot fault_dialog
-# Press the dialog's OK button with a real click at its centre.
-lassign [exec xdotool getwindowgeometry --shell [lindex $dialog end]] ; # for the log
-set geometry [exec xdotool getwindowgeometry --shell [lindex $dialog end]]
-regexp {X=(\d+)} $geometry -> dx
-regexp {Y=(\d+)} $geometry -> dy
-regexp {WIDTH=(\d+)} $geometry -> dw
-regexp {HEIGHT=(\d+)} $geometry -> dh
-exec xdotool mousemove [expr {$dx + $dw / 2}] [expr {$dy + $dh - 20}] click 1
-after 300
+press_message_box_ok $dialog
 exec xdotool key Return
 remote_answer
 check_true "program still answers after the fault" [string is integer -strict [remote {vesk get_world}]]
