@@ -85,6 +85,8 @@ static const LinkedVar linked_vars[] = {
     {"prefs_doublebuffer_orth", &prefs.doublebuffer_orth, TCL_LINK_BOOLEAN},
     {"prefs_pick_pixel_range", &prefs.pick_pixel_range, TCL_LINK_INT},
     {"unsaved_changes", &unsaved_changes, TCL_LINK_BOOLEAN},
+    {"prefs_backup_on_save", &prefs.backup_on_save, TCL_LINK_BOOLEAN},
+    {"current_file_name", &current_file_name, TCL_LINK_STRING},
     {nullptr, nullptr, 0},
 };
 

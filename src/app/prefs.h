@@ -156,6 +156,8 @@ struct Prefs {
     double convexhull_precision;
     int show_selected_vertices;
     int cylinder_has_ends;
+    /* Settings added since; the file lists them after the ones above. */
+    int backup_on_save;          /* keep the replaced model file as name~ */
 };
 
 extern Prefs prefs;

@@ -151,6 +151,7 @@ const Prefs prefs_defaults = {
     1e-05, /* convexhull_precision */
     1, /* show_selected_vertices */
     0, /* cylinder_has_ends */
+    1, /* backup_on_save */
 };
 
 PrefSpec prefs_table[] = {
@@ -296,6 +297,7 @@ PrefSpec prefs_table[] = {
     {"convexhull_precision", PREF_DOUBLE, &prefs.convexhull_precision},
     {"show_selected_vertices", PREF_BOOLEAN, &prefs.show_selected_vertices},
     {"cylinder_has_ends", PREF_BOOLEAN, &prefs.cylinder_has_ends},
+    {"backup_on_save", PREF_BOOLEAN, &prefs.backup_on_save},
 };
 
 int num_prefs = (int)(sizeof prefs_table / sizeof prefs_table[0]);

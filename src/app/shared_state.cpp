@@ -4,6 +4,7 @@
  * a script writes to them.
  */
 #include "app/shared_state.h"
+#include "app/linked_vars.h"
 
 #include <tcl.h>
 
@@ -12,6 +13,7 @@
 char *vesk_home = nullptr;
 char *viewsetting = nullptr;
 int unsaved_changes = 0;
+char *current_file_name = nullptr;
 int undo_count = 0;
 int view_3d_textures = 1;
 int person_walk_vehicle = 0;
@@ -27,8 +29,21 @@ void shared_set_string(char **slot, const char *text)
     *slot = copy;
 }
 
+void set_current_file_name(const char *path)
+{
+    shared_set_string(&current_file_name, path ? path : "");
+    ui_update_linked_var(&current_file_name);
+}
+
+void set_unsaved_changes(int value)
+{
+    unsaved_changes = value ? 1 : 0;
+    ui_update_linked_var(&unsaved_changes);
+}
+
 void shared_state_init(void)
 {
+    if (!current_file_name) shared_set_string(&current_file_name, "");
     if (!viewsetting) shared_set_string(&viewsetting, "all");
     if (!vesk_version_string) shared_set_string(&vesk_version_string, "VESK v2.0");
 }

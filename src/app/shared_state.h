@@ -8,6 +8,7 @@
 extern char *vesk_home;              /* VESK_HOME, or the working directory */
 extern char *viewsetting;            /* "all", "xy", "zy", "xz" or "xyz" */
 extern int unsaved_changes;          /* set by every edit, cleared by load and save */
+extern char *current_file_name;      /* the model's file, "" until it has one */
 extern int undo_count;
 extern int view_3d_textures;
 extern int person_walk_vehicle;
@@ -16,6 +17,10 @@ extern double vesk_version_number;   /* 2.0 */
 
 /* Stores a Tcl-allocated copy of text in a linked string variable. */
 void shared_set_string(char **slot, const char *text);
+/* Names the model's file (null or "" for none) and tells the scripts. */
+void set_current_file_name(const char *path);
+/* Sets or clears the unsaved-changes flag and tells the scripts. */
+void set_unsaved_changes(int value);
 /* Initial values; the strings are allocated for Tcl. */
 void shared_state_init(void);
 int window_is_visible(int view);

@@ -6,6 +6,7 @@
  * every entry is announced to the scripts.
  */
 #include "app/startup.h"
+#include "app/added_commands.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
 #include "app/tcl_bridge.h"
@@ -47,6 +48,7 @@ void startup_core(void)
     init_prefs();
     init_views();
     world = new_world();
+    register_added_commands();
 }
 
 int startup_bind(Tcl_Interp *interp)

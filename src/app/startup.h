@@ -12,7 +12,8 @@ void startup_read_debug_switch(int argc, char **argv);
 /* Finds the installation directory: VESK_HOME, else the working
  * directory, with the console messages that say which. */
 void startup_find_home(void);
-/* Loads the preferences and creates the empty world. */
+/* Loads the preferences, creates the empty world and registers the
+ * added commands. */
 void startup_core(void);
 /* Binds the core to the interpreter: the vesk command and the linked
  * variables.  Returns 0 on failure. */

@@ -12,7 +12,7 @@
 #include "app/togl_bind.h"
 #include "core/internal.h"
 #include "edit/selection.h"
-#include "fileio/vk_file.h"
+#include "fileio/vk_document.h"
 #include "platform/signal_guard.h"
 #include "view/interaction.h"
 
@@ -33,8 +33,6 @@
 static const char *const script_names[] = {"tcl/veskops.tcl", "tcl/veskpalette.tcl",
                                            "tcl/veskprefs.tcl", "tcl/veskview.tcl",
                                            "tcl/vesk.tcl",      "tcl/veskplugins.tcl"};
-
-static char *current_file_name = nullptr;
 
 static void panic_proc(const char *format, ...)
 {
@@ -137,11 +135,7 @@ static void vesk_mainloop(void)
 static void load_start_model(int argc, char **argv)
 {
     if (argc < 2 || strcmp(argv[1], "debug") == 0) return;
-    if (readfile_vk(argv[1], world, 1)) {
-        current_file_name = mystrdup(argv[1]);
-        tcl_set_string("current_file_name", argv[1]);
-        unsaved_changes = 0;
-    }
+    open_start_model(argv[1]);
 }
 
 int main(int argc, char **argv)

@@ -99,7 +99,7 @@ int delete_all_selected(void)
 
 /* ---- clearing everything ---- */
 
-int command_clear_all(void)
+void clear_world_contents(void)
 {
     clear_selection();
     clear_all_undos();
@@ -119,6 +119,11 @@ int command_clear_all(void)
     world->num_surf = world->num_vert = 0;
     objects_are_hidden = 0;
     scan_lights();
+}
+
+int command_clear_all(void)
+{
+    clear_world_contents();
     selection_publish_counts();
     edit_mark_changed();
     redraw_all();

@@ -97,6 +97,9 @@ int delete_all_selected(void);
  * "cut"); returns 1 when something was deleted. */
 int delete_selection_as(const char *verb);
 int command_clear_all(void);
+/* Empties the world (its children, vertices and surfaces), the selection
+ * and the undo history, without telling the views or the user. */
+void clear_world_contents(void);
 int recalc_normals_all(void);
 int selected_recentre(void);
 int selected_mincentre(void);

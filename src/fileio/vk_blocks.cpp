@@ -39,6 +39,8 @@ void vk_read_init(VkRead *r, const char *filename, Object *parent)
     r->filename = filename;
     r->parent = parent;
     r->old_format = 0;
+    r->detached = 0;
+    r->complete = 0;
     r->file_materials.clear();
     r->loaded = r->loaded_tail = nullptr;
     r->objects_made = 0;
@@ -229,7 +231,7 @@ static int start_object(VkRead *r, const char *rest)
     append_fast(&f.parent->kids, parent_kids_tail(r), o);
     o->parent = f.parent;
     f.parent->num_kids++;
-    if (type == OBJECT_LIGHT) append_fast(&lights_list, &r->lights_tail, o);
+    if (type == OBJECT_LIGHT && !r->detached) append_fast(&lights_list, &r->lights_tail, o);
     if (f.parent == r->parent) append_fast(&r->loaded, &r->loaded_tail, o);
     r->objects_made++;
     f.current = o;
@@ -775,6 +777,7 @@ int vk_read_body(VkRead *r)
         if (!next_line(r)) return 1;
         if (read_line(r) == READ_STOP) return 0;
     }
+    r->complete = 1;
     report_trailing_lines(r);
     return 1;
 }

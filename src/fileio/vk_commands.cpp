@@ -9,17 +9,14 @@
 #include "app/shared_state.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
+#include "fileio/vk_document.h"
 #include "fileio/vk_file.h"
+#include "app/prefs.h"
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 #include <unordered_set>
-
-static void set_unsaved_changes(int value)
-{
-    unsaved_changes = value;
-    ui_update_linked_var(&unsaved_changes);
-}
 
 static int finish(int ok)
 {
@@ -67,15 +64,33 @@ static void report_save_failure(const char *filename, int error)
     display_message("save failed: %s", filename);
 }
 
+/* Saves the model, keeping the file it replaces as filename~ when the
+ * preference asks for it. */
+static int save_whole_model(const char *filename, int *backup_error)
+{
+    *backup_error = 0;
+    if (!prefs.backup_on_save) return write_vk(filename);
+    return write_vk_keeping_backup(filename, backup_error);
+}
+
 int command_save_vk(char *filename)
 {
     if (no_filename(filename, "save_vk")) return finish(0);
     display_message("saving %s...", filename);
-    if (!write_vk(filename)) {
+    int backup_error = 0;
+    if (!save_whole_model(filename, &backup_error)) {
         report_save_failure(filename, errno);
         return finish(0);
     }
     set_unsaved_changes(0);
+    if (backup_error) {
+        std::string backup = backup_file_name(filename);
+        console_printf("save_vk: couldn't keep the previous %s as %s: %s\n", filename, backup.c_str(),
+                       strerror(backup_error));
+        display_message("saved %s - but no backup could be kept (%s: %s)", filename, backup.c_str(),
+                        strerror(backup_error));
+        return finish(1);
+    }
     display_message("saved %s", filename);
     return finish(1);
 }

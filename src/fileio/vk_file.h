@@ -31,6 +31,25 @@ int readfile_vk(const char *filename, Object *parent, int select);
 /* The reader of files older than version 11 (called by readfile_vk). */
 int readfile_vk_old(const char *filename, Object *parent, int select);
 
+/* What reading a file into a detached holder found. */
+struct VkLoadReport {
+    int refused;      /* not opened, not a model file or from a newer
+                         version (the reader's message box was shown) */
+    int complete;     /* every object block reached its "kids" line and
+                         every child announced there was read */
+    long lines;       /* lines read */
+    long problems;    /* problems reported on the console */
+    long objects;     /* objects made */
+};
+
+/* Reads a model file into holder, an object that is not part of the
+ * model (no parent, not the world, with the world's placement), as if it
+ * were the world: the file's world lines apply to the holder and its
+ * top-level objects become the holder's children.  Nothing is selected,
+ * drawn or registered as a light.  Returns 1 when the file was read to
+ * its end and whole; the report says what was found either way. */
+int readfile_vk_detached(const char *filename, Object *holder, VkLoadReport *report);
+
 /* Writes text in double quotes with a backslash before every backslash
  * and double quote, as the reader's tokeniser expects. */
 void output_string(FILE *file, const char *text);
@@ -39,6 +58,11 @@ void output_string(FILE *file, const char *text);
  * one was written completely; returns 1, or 0 with errno describing the
  * failure (the old file is then untouched). */
 int write_vk(const char *filename);
+/* Saves the whole model like write_vk, keeping the file it replaces as
+ * filename~.  A backup that can't be kept does not stop the save: the
+ * result is that of the save, and *backup_error is 0 or the errno of the
+ * backup's failure. */
+int write_vk_keeping_backup(const char *filename, int *backup_error);
 /* Saves the given objects, each with its subtree, as the children of a
  * world block.  Same results as write_vk. */
 int write_vk_objects(const char *filename, List *objects);

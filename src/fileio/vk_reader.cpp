@@ -11,6 +11,7 @@
 #include "edit/selection.h"
 #include "view/redraw.h"
 
+#include <cassert>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -80,9 +81,9 @@ static void start_body(int select)
     set_new_select_mode(SELECT_TREE);
 }
 
-/* What follows reading the objects: the held vertices are stored, what
- * was loaded is selected and gets its normals, and the views follow. */
-static void finish_load(VkRead *r, int select, int fit)
+/* The end of reading: the held vertices are stored and what went wrong
+ * is summed up on the console. */
+static void close_load(VkRead *r)
 {
     vk_read_finish_vertices(r);
     /* The reading buffers go before the normals need their memory. */
@@ -98,14 +99,31 @@ static void finish_load(VkRead *r, int select, int fit)
         console_printf("Load VESK file: %ld more problems in %s were not shown\n", r->messages_hidden, r->filename);
     }
     line_reader_close(&r->in);
+}
+
+static void calc_loaded_normals(VkRead *r)
+{
+    if (!r->loaded) return;
+    display_message("calculating normals...");
+    for (List *l = r->loaded; l; l = l->next) object_calc_normals_force((Object *)l->item);
+    display_message("Done.");
+    set_progress_bar(0);
+}
+
+/* What follows reading the objects: what was loaded is selected and gets
+ * its normals, and the views follow.  A detached load is left as read:
+ * its objects are not part of the model yet. */
+static void finish_load(VkRead *r, int select, int fit)
+{
+    close_load(r);
+    if (r->detached) {
+        list_free(&r->loaded);
+        r->file_materials.clear();
+        return;
+    }
     if (select && r->loaded) select_objectlist(r->loaded);
     if (select) find_bounding_box();
-    if (r->loaded) {
-        display_message("calculating normals...");
-        for (List *l = r->loaded; l; l = l->next) object_calc_normals_force((Object *)l->item);
-        display_message("Done.");
-        set_progress_bar(0);
-    }
+    calc_loaded_normals(r);
     if (fit) {
         fit_selected_all();
         redraw_3d();
@@ -136,53 +154,72 @@ static int read_body_prefaulted(VkRead *r)
     return ok;
 }
 
-int readfile_vk(const char *filename, Object *parent, int select)
+static void fill_report(const VkRead *r, VkLoadReport *report, int refused)
 {
-    if (!filename) return 0;
-    if (!parent) parent = world;
+    if (!report) return;
+    report->refused = refused;
+    report->complete = !refused && r->complete && !r->stop_reason && !r->in.read_error;
+    report->lines = r->in.line_number;
+    report->problems = r->messages_shown + r->messages_hidden;
+    report->objects = r->objects_made;
+}
+
+static int read_old_format(const char *filename, Object *parent, int select, int detached, VkLoadReport *report);
+
+/* Reads a model file of the current version under parent; files of older
+ * versions go to their own reader. */
+static int read_current_format(const char *filename, Object *parent, int select, int detached,
+                               VkLoadReport *report)
+{
     std::unique_ptr<VkRead> r(new VkRead());
     vk_read_init(r.get(), filename, parent);
+    r->detached = detached;
     if (!open_file(r.get())) {
         windows_message_dialog("Load VESK file:\n\ncan't open file %s for reading\n", filename);
+        fill_report(r.get(), report, 1);
         return 0;
     }
     long version = 0;
     if (!check_header(r.get(), &version)) {
         line_reader_close(&r->in);
+        fill_report(r.get(), report, 1);
         return 0;
     }
     if (version < VK_FILE_VERSION) {
         line_reader_close(&r->in);
-        return readfile_vk_old(filename, parent, select);
+        return read_old_format(filename, parent, select, detached, report);
     }
     display_message("Loading VESK file...");
     start_body(select);
     int ok = read_body_prefaulted(r.get());
     finish_load(r.get(), select, select && prefs.fit_view_after_load);
+    fill_report(r.get(), report, 0);
     return ok && !r->in.read_error;
 }
 
-int readfile_vk_old(const char *filename, Object *parent, int select)
+static int read_old_format(const char *filename, Object *parent, int select, int detached, VkLoadReport *report)
 {
-    if (!filename) return 0;
-    if (!parent) parent = world;
     std::unique_ptr<VkRead> r(new VkRead());
     vk_read_init(r.get(), filename, parent);
     r->old_format = 1;
+    r->detached = detached;
     if (!open_file(r.get())) {
         console_printf("can't open file for readiing\n");
+        fill_report(r.get(), report, 1);
         return 0;
     }
     long version = 0;
     if (!check_header(r.get(), &version)) {
         line_reader_close(&r->in);
+        fill_report(r.get(), report, 1);
         return 0;
     }
     display_message("Loading VESK file");
     start_body(select);
     int ok = read_body_prefaulted(r.get()) && !r->in.read_error;
     long made = r->objects_made;
-    finish_load(r.get(), select, prefs.fit_view_after_load);
+    finish_load(r.get(), select, !detached && prefs.fit_view_after_load);
+    fill_report(r.get(), report, 0);
     if (!ok) {
         console_printf("Error whilst reading file %s\n", filename);
         return 0;
@@ -192,5 +229,38 @@ int readfile_vk_old(const char *filename, Object *parent, int select)
         return 0;
     }
     console_printf("read file %s OK\n", filename);
+    return 1;
+}
+
+int readfile_vk(const char *filename, Object *parent, int select)
+{
+    if (!filename) return 0;
+    return read_current_format(filename, parent ? parent : world, select, 0, nullptr);
+}
+
+int readfile_vk_old(const char *filename, Object *parent, int select)
+{
+    if (!filename) return 0;
+    return read_old_format(filename, parent ? parent : world, select, 0, nullptr);
+}
+
+int readfile_vk_detached(const char *filename, Object *holder, VkLoadReport *report)
+{
+    assert(holder && holder != world && !holder->parent);
+    VkLoadReport local;
+    if (!report) report = &local;
+    memset(report, 0, sizeof *report);
+    if (!filename) {
+        report->refused = 1;
+        return 0;
+    }
+    read_current_format(filename, holder, 0, 1, report);
+    if (report->refused || !report->complete) return 0;
+    if (holder->kids) {
+        display_message("calculating normals...");
+        for (List *l = holder->kids; l; l = l->next) object_calc_normals_force((Object *)l->item);
+        display_message("Done.");
+    }
+    set_progress_bar(0);
     return 1;
 }

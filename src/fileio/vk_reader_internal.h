@@ -28,6 +28,9 @@ struct VkRead {
     Object *parent;          /* the file's top-level objects go here */
     int old_format;          /* before version 11: no MATERIAL lines, and
                                 "mat" names a palette entry directly */
+    int detached;            /* parent is not part of the model: lights are
+                                not registered, nothing is selected or drawn */
+    int complete;            /* the top block and all its children ended */
     std::vector<int> file_materials;   /* file material -> palette index */
     List *loaded;            /* top-level objects made by this load */
     List *loaded_tail;

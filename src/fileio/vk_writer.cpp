@@ -277,19 +277,24 @@ static int write_model(FILE *file, Object *world_object, const std::vector<Objec
 }
 
 /* Writes through a temporary file that replaces filename only when
- * everything was written. */
-static int save_model(const char *filename, Object *world_object, const std::vector<Object *> &roots)
+ * everything was written; with backup_error, the replaced file is kept as
+ * filename~ and *backup_error says whether that worked. */
+static int save_model(const char *filename, Object *world_object, const std::vector<Object *> &roots,
+                      int *backup_error = nullptr)
 {
     SafeFile sf;
     FILE *file = safe_file_open(&sf, filename);
     if (!file) return 0;
+    sf.keep_backup = backup_error != nullptr;
     if (!write_model(file, world_object, roots)) {
         int e = errno;
         safe_file_abort(&sf);
         errno = e;
         return 0;
     }
-    return safe_file_commit(&sf);
+    int ok = safe_file_commit(&sf);
+    if (backup_error) *backup_error = sf.backup_error;
+    return ok;
 }
 
 static std::vector<Object *> children_of(Object *o)
@@ -306,6 +311,16 @@ int write_vk(const char *filename)
         return 0;
     }
     return save_model(filename, world, children_of(world));
+}
+
+int write_vk_keeping_backup(const char *filename, int *backup_error)
+{
+    *backup_error = 0;
+    if (!filename || !world) {
+        errno = EINVAL;
+        return 0;
+    }
+    return save_model(filename, world, children_of(world), backup_error);
 }
 
 int write_vk_objects(const char *filename, List *objects)

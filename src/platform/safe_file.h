@@ -13,6 +13,11 @@ struct SafeFile {
     FILE *file;
     char target[4096];
     char temp[4096];
+    /* Set after opening to keep the file being replaced as target~; after
+     * the commit backup_error is 0, or the errno of a backup that could
+     * not be kept (the new file was still put in place). */
+    int keep_backup;
+    int backup_error;
 };
 
 /* Opens a temporary file beside path.  Returns the stream, or null with
@@ -22,6 +27,11 @@ FILE *safe_file_open(SafeFile *sf, const char *path);
  * 1 on success; on failure removes the temporary file and returns 0 with
  * errno describing the first error. */
 int safe_file_commit(SafeFile *sf);
+/* Makes backup a copy of path (a hard link where the file system has
+ * them, else a copy of the bytes), replacing any earlier backup only once
+ * the new one is complete.  Returns 1, 2 when there was no file to keep,
+ * or 0 with errno set. */
+int safe_file_keep_backup(const char *path, const char *backup);
 /* Abandons the temporary file. */
 void safe_file_abort(SafeFile *sf);
 

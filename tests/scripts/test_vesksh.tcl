@@ -14,10 +14,15 @@ check_match "stub says not available" [capture_console {vesk write_massive x.msv
 # --- command listing ---
 set listing [vesk list]
 set lines [split [string trimright $listing "\n"] "\n"]
-check "list has every built-in" [llength $lines] 142
-check "first row" [lindex $lines 0] "add_text <string text> "
-check "group row" [lindex $lines 30] "group group group selected objects"
-check "last row" [lindex $lines end] "zoom_out  "
+# The added commands come first, then the 142 rows of the built-in table.
+set added {new_model open_vk merge_vk revert_vk open_backup_vk}
+check "list has the added commands and every built-in" [llength $lines] [expr {[llength $added] + 142}]
+check "added commands first" [lmap line [lrange $lines 0 [llength $added]-1] {lindex $line 0}] $added
+set builtins [lrange $lines [llength $added] end]
+check "first row" [lindex $builtins 0] "add_text <string text> "
+check "group row" [lindex $builtins 30] "group group group selected objects"
+check "last row" [lindex $builtins end] "zoom_out  "
+check "added command usage" [lindex $lines 1] "open_vk <filename> open a VESK model file in place of the model, once it has been read whole"
 
 # --- world and object queries ---
 set w [vesk get_world]

@@ -163,7 +163,8 @@ const char default_file[] =
     "show_selected_vertices_3d TRUE\n"
     "convexhull_precision 0.000010\n"
     "show_selected_vertices TRUE\n"
-    "cylinder_has_ends FALSE\n";
+    "cylinder_has_ends FALSE\n"
+    "backup_on_save TRUE\n";
 
 std::string read_file(const std::string &path)
 {
@@ -232,7 +233,7 @@ TEST_F(PrefsFile, Defaults)
 {
     /* The names and their order are those of the file (see default_file);
      * every name finds its own entry. */
-    ASSERT_EQ(num_prefs, 142);
+    ASSERT_EQ(num_prefs, 143);
     for (int i = 0; i < num_prefs; i++) EXPECT_EQ(vk_prefs_get_spec(prefs_table[i].name), &prefs_table[i]);
     EXPECT_EQ(vk_prefs_get_spec("3dwin_x")->type, PREF_INT);
     EXPECT_EQ(vk_prefs_get_spec("col_vert")->type, PREF_HEX);
@@ -303,7 +304,7 @@ TEST_F(PrefsFile, SaveWritesEveryEntryInOrder)
                          0),
               0u);
     EXPECT_EQ(text, default_file);
-    EXPECT_EQ(count_lines(text), 143);
+    EXPECT_EQ(count_lines(text), 144);
 
     /* A directory that cannot take the file: a message, no crash. */
     setenv("HOME", (dir + "/missing/deeper").c_str(), 1);
@@ -633,8 +634,8 @@ TEST_F(PrefsFile, ListingShowsEverySecondEntry)
 {
     int steps = 0;
     Captured c = capture([&] { steps = vk_prefs_list(); });
-    EXPECT_EQ(steps, 71);
-    EXPECT_EQ(count_lines(c.out), 71);
+    EXPECT_EQ(steps, 72);
+    EXPECT_EQ(count_lines(c.out), 72);
     EXPECT_EQ(c.out.rfind("rot_segments \t PREF_INT\nextrude_segments \t PREF_INT\n"
                           "drawgrid \t PREF_DOUBLE\n",
                           0),
@@ -642,5 +643,5 @@ TEST_F(PrefsFile, ListingShowsEverySecondEntry)
     EXPECT_TRUE(contains(c.out, "\nfont_main \t PREF_STRING\n"));
     EXPECT_TRUE(contains(c.out, "\ncol_background \t PREF_HEX\n"));
     EXPECT_TRUE(contains(c.out, "\nkey_mode_object \t PREF_KEY\n"));
-    EXPECT_EQ(c.out.substr(c.out.size() - 39), "\nshow_selected_vertices \t PREF_BOOLEAN\n");
+    EXPECT_EQ(c.out.substr(c.out.size() - 31), "\nbackup_on_save \t PREF_BOOLEAN\n");
 }

@@ -1,0 +1,47 @@
+/*
+ * app/added_commands.cpp - the commands this program offers beyond the
+ * built-in table.  They are registered at start-up the way a plug-in
+ * registers its own, so that the built-in table keeps exactly its rows
+ * and a plug-in can still replace any of them.
+ */
+#include "app/added_commands.h"
+#include "app/commands.h"
+#include "fileio/vk_document.h"
+
+#define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
+
+struct AddedCommand {
+    const char *name;
+    vk_command_function function;
+    int numargs;
+    const char *template_;
+    const char *usage;
+    const char *description;
+};
+
+static const AddedCommand added_table[] = {
+    {"new_model", CMDFN(command_new_model), 0, nullptr, nullptr,
+     "start an empty model with no file and no unsaved changes"},
+    {"open_vk", CMDFN(command_open_vk), 1, "s", "<filename>",
+     "open a VESK model file in place of the model, once it has been read whole"},
+    {"merge_vk", CMDFN(command_merge_vk), 1, "s", "<filename>",
+     "add the objects of a VESK model file to the model, once it has been read whole"},
+    {"revert_vk", CMDFN(command_revert_vk), 0, nullptr, nullptr, "open the model's file again, dropping unsaved changes"},
+    {"open_backup_vk", CMDFN(command_open_backup_vk), 0, nullptr, nullptr,
+     "open the backup kept by the last save over the model's file"},
+};
+
+void register_added_commands(void)
+{
+    static int done = 0;
+    if (done) return;
+    done = 1;
+    for (const AddedCommand &c : added_table) {
+        vk_add_command_full(c.name, c.function, c.numargs, c.template_, c.usage, c.description);
+    }
+}
+
+int num_added_builtin_commands(void)
+{
+    return (int)(sizeof added_table / sizeof added_table[0]);
+}

@@ -1,0 +1,26 @@
+/*
+ * fileio/vk_document.h - the model as a document: opening a file in
+ * place of the model, merging one into it, a new empty model, reverting
+ * to the saved file and opening its backup.  A file is read whole before
+ * anything of the model changes; see vk_document.cpp.
+ */
+#ifndef VESK_FILEIO_VK_DOCUMENT_H
+#define VESK_FILEIO_VK_DOCUMENT_H
+
+#include <string>
+
+/* The name a save keeps the replaced file under: path followed by "~". */
+std::string backup_file_name(const char *path);
+
+/* The added commands; each leaves "1" (done) or "0" (not done). */
+int command_open_vk(char *filename);
+int command_merge_vk(char *filename);
+int command_new_model(void);
+int command_revert_vk(void);
+int command_open_backup_vk(void);
+
+/* Opens the model named on the command line; 0 when it was not read whole
+ * (the user was told and the model is empty). */
+int open_start_model(const char *filename);
+
+#endif
