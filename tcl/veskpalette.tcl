@@ -99,6 +99,22 @@ proc ::vesk::palette::add_button {rgb index} {
     show_current
 }
 
+# Drops the swatches of the entries from first on (the core dropped them).
+proc ::vesk::palette::remove_buttons_from {first} {
+    variable colour
+    variable current
+    if {![string is integer -strict $first] || $first < 0} { return }
+    set c .palette.c
+    foreach index [array names colour] {
+        if {$index < $first} { continue }
+        unset colour($index)
+        $c delete entry$index
+    }
+    if {$current >= $first} { set current 0 }
+    fit_height
+    show_current
+}
+
 # Grows the strip with the rows in use, up to visible_rows, then scrolls.
 proc ::vesk::palette::fit_height {} {
     variable cell
@@ -391,6 +407,10 @@ proc ::vesk::palette::editor_cancel {} {
 
 proc ::add_palette_button {colour index} {
     ::vesk::palette::add_button $colour $index
+}
+
+proc ::remove_palette_buttons_from {first} {
+    ::vesk::palette::remove_buttons_from $first
 }
 
 proc ::edit_colour_ui {index args} {

@@ -12,6 +12,7 @@
 
 #include <tcl.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -21,6 +22,7 @@ static const char quiet_interface[] = R"TCL(
 proc display_message {text} { puts $text }
 proc sync_ui {args} {}
 proc add_palette_button {args} {}
+proc remove_palette_buttons_from {args} {}
 proc set_progress_bar {args} {}
 proc set_undo_string {args} {}
 proc edit_colour_ui {args} {}
@@ -37,38 +39,45 @@ fconfigure stdout -buffering line
 
 /* vesk_redirect_stdout FILE: sends the process's standard output (where
  * the core's console messages go) to FILE until vesk_restore_stdout is
- * called with the returned token.  Lets scripts check console output. */
-static int redirect_stdout_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+ * called with the returned token.  Lets scripts check console output.
+ * vesk_redirect_stderr and vesk_restore_stderr do the same for standard
+ * error, where message boxes go without a display.  The client data is
+ * the file descriptor. */
+static int redirect_cmd(ClientData data, Tcl_Interp *interp, int argc, const char **argv)
 {
+    int target = (int)(intptr_t)data;
     if (argc != 2) {
-        Tcl_SetResult(interp, (char *)"usage: vesk_redirect_stdout file", TCL_STATIC);
+        Tcl_AppendResult(interp, "usage: ", argv[0], " file", nullptr);
         return TCL_ERROR;
     }
-    Tcl_Eval(interp, "flush stdout");
+    Tcl_Eval(interp, "flush stdout; flush stderr");
     fflush(stdout);
+    fflush(stderr);
     int fd = open(argv[1], O_WRONLY | O_CREAT | O_TRUNC, 0644);
     if (fd < 0) {
         Tcl_SetResult(interp, (char *)"can't open capture file", TCL_STATIC);
         return TCL_ERROR;
     }
-    int saved = dup(1);
-    dup2(fd, 1);
+    int saved = dup(target);
+    dup2(fd, target);
     close(fd);
     Tcl_SetObjResult(interp, Tcl_NewIntObj(saved));
     return TCL_OK;
 }
 
-static int restore_stdout_cmd(ClientData, Tcl_Interp *interp, int argc, const char **argv)
+static int restore_cmd(ClientData data, Tcl_Interp *interp, int argc, const char **argv)
 {
+    int target = (int)(intptr_t)data;
     if (argc != 2) {
-        Tcl_SetResult(interp, (char *)"usage: vesk_restore_stdout token", TCL_STATIC);
+        Tcl_AppendResult(interp, "usage: ", argv[0], " token", nullptr);
         return TCL_ERROR;
     }
-    Tcl_Eval(interp, "flush stdout");
+    Tcl_Eval(interp, "flush stdout; flush stderr");
     fflush(stdout);
+    fflush(stderr);
     int saved = atoi(argv[1]);
     if (saved > 2) {
-        dup2(saved, 1);
+        dup2(saved, target);
         close(saved);
     }
     return TCL_OK;
@@ -85,8 +94,10 @@ static int vesksh_init(Tcl_Interp *interp)
     console_to_stderr = 0;
     if (!startup_bind(interp)) return TCL_ERROR;
     if (Tcl_Eval(interp, quiet_interface) != TCL_OK) return TCL_ERROR;
-    Tcl_CreateCommand(interp, "vesk_redirect_stdout", redirect_stdout_cmd, nullptr, nullptr);
-    Tcl_CreateCommand(interp, "vesk_restore_stdout", restore_stdout_cmd, nullptr, nullptr);
+    Tcl_CreateCommand(interp, "vesk_redirect_stdout", redirect_cmd, (ClientData)(intptr_t)1, nullptr);
+    Tcl_CreateCommand(interp, "vesk_restore_stdout", restore_cmd, (ClientData)(intptr_t)1, nullptr);
+    Tcl_CreateCommand(interp, "vesk_redirect_stderr", redirect_cmd, (ClientData)(intptr_t)2, nullptr);
+    Tcl_CreateCommand(interp, "vesk_restore_stderr", restore_cmd, (ClientData)(intptr_t)2, nullptr);
     startup_after_scripts();
     return TCL_OK;
 }

@@ -30,4 +30,8 @@ void object_handle_release(Object *object);
 /* Drops every handle (used when the whole model is replaced). */
 unsigned int object_handle_count(void);
 
+/* Drops the palette entries from count on.  Only for entries that a file
+ * being read aside added and that nothing else can refer to. */
+void palette_truncate(int count);
+
 #endif

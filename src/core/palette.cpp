@@ -1,8 +1,11 @@
 /*
  * palette.cpp - the one global palette of materials.  Entries are only
- * ever added (up to PALETTE_CAPACITY) and never removed or reordered;
- * surfaces hold indices into it.  Every added entry is announced to the
- * user interface with "add_palette_button".
+ * ever added (up to PALETTE_CAPACITY) and never reordered; surfaces hold
+ * indices into it.  The one exception to adding: the entries a model
+ * file added while it was read aside are dropped again when that file is
+ * refused, since nothing can refer to them.  Every added entry is
+ * announced to the user interface with "add_palette_button", every
+ * dropped one with "remove_palette_buttons_from".
  */
 #include "vesk.h"
 #include "core/internal.h"
@@ -162,6 +165,13 @@ int append_material(Material *material)
     palette[num_palette] = *material;
     announce_entry(num_palette);
     return num_palette++;
+}
+
+void palette_truncate(int count)
+{
+    if (count < 0 || count >= num_palette) return;
+    num_palette = count;
+    tcl_command("remove_palette_buttons_from %d", count);
 }
 
 int material_get_index(Material *material)

@@ -6,7 +6,8 @@
  * Every file is read first into a holder object that is not part of the
  * model.  A file that can't be opened, is not a model, is from a newer
  * version or ends before its last object block leaves the model, its
- * file name, its unsaved state and its undo history exactly as they were;
+ * palette, its file name, its unsaved state and its undo history exactly
+ * as they were;
  * only a whole file takes the model's place ("open_vk", "revert_vk",
  * "open_backup_vk") or joins it as one undoable step ("merge_vk").
  * "new_model" starts an empty model with no file and nothing unsaved.
@@ -80,8 +81,10 @@ static Object *read_whole_file(const char *filename, const char *action, VkLoadR
         windows_message_dialog("%s:\n\nThere is not enough memory to read '%s'.", action, filename);
         return nullptr;
     }
+    int palette_before = num_palette;
     if (readfile_vk_detached(filename, holder, report)) return holder;
     object_free(holder);
+    palette_truncate(palette_before);
     set_progress_bar(0);
     if (!report->refused) report_incomplete(action, filename, *report);
     display_message("%s: %s was not read - the model is unchanged", action, filename);

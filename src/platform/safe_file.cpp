@@ -90,7 +90,11 @@ static int copy_file(const char *path, const char *temp, mode_t mode)
     return ok;
 }
 
-int safe_file_keep_backup(const char *path, const char *backup)
+/* The two ways of keeping a backup: a hard link keeps the old bytes
+ * without copying them; where links are not to be had, the bytes are
+ * copied.  The backup is made under a temporary name and renamed over the
+ * earlier one only when complete. */
+static int keep_backup(const char *path, const char *backup, int may_link)
 {
     struct stat st;
     if (stat(path, &st) != 0) return errno == ENOENT ? 2 : 0;
@@ -103,15 +107,23 @@ int safe_file_keep_backup(const char *path, const char *backup)
     int fd = mkstemp(temp);
     if (fd < 0) return 0;
     close(fd);
-    /* A hard link keeps the old bytes without copying them; where links
-     * are not to be had, the bytes are copied. */
     unlink(temp);
-    int ok = link(path, temp) == 0 || copy_file(path, temp, st.st_mode & 07777);
+    int ok = (may_link && link(path, temp) == 0) || copy_file(path, temp, st.st_mode & 07777);
     if (ok && rename(temp, backup) == 0) return 1;
     int e = errno;
     unlink(temp);
     errno = e;
     return 0;
+}
+
+int safe_file_keep_backup(const char *path, const char *backup)
+{
+    return keep_backup(path, backup, 1);
+}
+
+int safe_file_keep_backup_by_copy(const char *path, const char *backup)
+{
+    return keep_backup(path, backup, 0);
 }
 
 static void keep_backup_of_target(SafeFile *sf)

@@ -32,6 +32,9 @@ int safe_file_commit(SafeFile *sf);
  * the new one is complete.  Returns 1, 2 when there was no file to keep,
  * or 0 with errno set. */
 int safe_file_keep_backup(const char *path, const char *backup);
+/* The same, always copying the bytes (as on file systems without hard
+ * links). */
+int safe_file_keep_backup_by_copy(const char *path, const char *backup);
 /* Abandons the temporary file. */
 void safe_file_abort(SafeFile *sf);
 

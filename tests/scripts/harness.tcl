@@ -47,6 +47,26 @@ proc capture_console {body} {
     return $text
 }
 
+# Like capture_console, with standard error too (where message boxes go
+# without a display): what went to standard output, then what went to
+# standard error.
+proc capture_all {body} {
+    set f [file join $::scratch capture_[incr ::capture_count].txt]
+    set saved_out [vesk_redirect_stdout $f]
+    set saved_err [vesk_redirect_stderr $f.err]
+    set code [catch {uplevel 1 $body} result]
+    vesk_restore_stderr $saved_err
+    vesk_restore_stdout $saved_out
+    set text ""
+    foreach part [list $f $f.err] {
+        set fd [open $part r]
+        append text [read $fd]
+        close $fd
+    }
+    if {$code == 1} { return -code error $result }
+    return $text
+}
+
 proc finish {} {
     puts "$::passed passed, $::failed failed"
     exit [expr {$::failed > 0}]

@@ -6,6 +6,7 @@
  * input, and saves that fail without harming the previous file.
  */
 #include "test_support.h"
+#include "file_test_support.h"
 #include "app/commands.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
@@ -30,43 +31,6 @@
 #include <vector>
 
 namespace {
-
-/* ---- files ---- */
-
-class TempDir {
-public:
-    std::string path;
-    TempDir()
-    {
-        char name[] = "/tmp/vk_test_XXXXXX";
-        path = mkdtemp(name);
-    }
-    ~TempDir() { std::system(("rm -rf '" + path + "'").c_str()); }
-    std::string file(const std::string &name) const { return path + "/" + name; }
-};
-
-void write_file(const std::string &path, const std::string &text)
-{
-    std::ofstream f(path, std::ios::binary);
-    f << text;
-}
-
-std::string read_file(const std::string &path)
-{
-    std::ifstream f(path, std::ios::binary);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
-
-int count_entries(const std::string &dir)
-{
-    int n = 0;
-    DIR *d = opendir(dir.c_str());
-    while (dirent *e = readdir(d)) n += e->d_name[0] != '.';
-    closedir(d);
-    return n;
-}
 
 /* ---- the model as text, floats as bit patterns ---- */
 
