@@ -140,7 +140,9 @@ proc ::vesk::main::build_menubar {} {
 proc ::vesk::main::build_file_menu {m} {
     $m add command -label "New" -accelerator Ctrl+N -command ::vesk::ops::new_model
     $m add command -label "Open..." -accelerator Ctrl+O -command ::vesk::ops::open_model
-    $m add command -label "Merge model..." -command {::vesk::ops::with_open_file "Merge a VESK model" vk load_vk}
+    $m add command -label "Merge model..." -command {::vesk::ops::with_open_file "Merge a VESK model" vk merge_vk}
+    $m add command -label "Revert to saved" -command ::vesk::ops::revert_model
+    $m add command -label "Open backup" -command ::vesk::ops::open_backup
     set i [add_cascade $m import "Import"]
     foreach {label kind command} {
         "3D Studio..." 3ds import_3ds
@@ -196,7 +198,8 @@ proc ::vesk::main::build_edit_menu {m} {
     $m add command -label "Duplicate" -accelerator d -command {vesk duplicate}
     $m add command -label "Clone selection" -command {vesk clone_selection}
     $m add separator
-    $m add command -label "Clear all" -command {::vesk::ops::confirm "Clear all" "Delete the whole model?" clear_all}
+    $m add command -label "Clear all" \
+        -command {::vesk::ops::discard_and_run "Clear all" "Delete the whole model?" clear_all}
 }
 
 proc ::vesk::main::build_select_menu {m} {
@@ -602,6 +605,7 @@ proc ::vesk::main::build {} {
         trace add variable ::$name write ::vesk::main::update_modes_text
     }
     trace add variable ::unsaved_changes write {apply {args {::vesk::main::update_title}}}
+    trace add variable ::current_file_name write {apply {args {::vesk::main::update_title}}}
     update_modes_text
     update_selection_text
     update_title

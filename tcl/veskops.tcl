@@ -237,26 +237,57 @@ proc ::vesk::ops::may_discard {action} {
     }
 }
 
+# An empty model with no file: nothing to save, so Quit asks nothing.
 proc ::vesk::ops::new_model {} {
     if {![may_discard "New model"]} { return }
-    run clear_all
-    set_current_file ""
+    run new_model
 }
 
+# The core reads the whole file before it replaces the model; a file that
+# is not a model, is damaged or is missing leaves everything as it was,
+# and the core names the file and clears unsaved_changes only on success.
 proc ::vesk::ops::open_model {} {
     variable filetypes
     if {![may_discard "Open model"]} { return }
     set file [choose_open_file "Open a VESK model" $filetypes(vk)]
     if {$file eq ""} { return }
-    run clear_all
-    # The file is the model only when nothing else was there before; the
-    # core leaves unsaved_changes set when the file was merged.
-    if {[run load_vk $file] eq "1" && ![unsaved]} { set_current_file $file }
+    run open_vk $file
 }
 
-# Adds a model file to the one being edited.
+# Adds the objects of a model file to the one being edited, as one step
+# that undo takes back.
 proc ::vesk::ops::merge_model {} {
-    with_open_file "Merge a VESK model" vk load_vk
+    with_open_file "Merge a VESK model" vk merge_vk
+}
+
+# Goes back to the model's file as it was last saved.
+proc ::vesk::ops::revert_model {} {
+    if {[current_file] ne "" && [unsaved] && ![no_questions]} {
+        set answer [tk_messageBox -parent . -icon warning -type okcancel -default cancel \
+            -title "Revert to saved" -message "Discard your changes?" \
+            -detail "The model goes back to [file tail [current_file]] as it was last saved."]
+        if {$answer ne "ok"} { return }
+    }
+    run revert_vk
+}
+
+# Opens the backup the last save kept (the file name followed by ~) in
+# place of the model; saving then puts it back into the model's file.
+proc ::vesk::ops::open_backup {} {
+    if {[current_file] ne "" && ![may_discard "Open backup"]} { return }
+    run open_backup_vk
+}
+
+# Runs a command that throws the model away (Clear all), after the
+# unsaved-changes question (which asks for it too) or, with nothing
+# unsaved, after a plain confirmation.
+proc ::vesk::ops::discard_and_run {title question command args} {
+    if {[unsaved]} {
+        if {![may_discard $title]} { return }
+        run $command {*}$args
+        return
+    }
+    confirm $title $question $command {*}$args
 }
 
 # Returns 1 when the model was written.

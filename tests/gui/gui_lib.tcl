@@ -203,3 +203,68 @@ proc press_message_box_ok {dialog} {
     exec xdotool mousemove [expr {$x + $w / 2}] [expr {$y + $h - 20}] click 1
     after 300
 }
+
+# Waits up to five seconds for a condition, an expression evaluated inside
+# vesk; returns whether it came true.
+proc wait_remote {condition {tenths 50}} {
+    for {set i 0} {$i < $tenths} {incr i} {
+        if {[remote [list expr $condition]]} { return 1 }
+        after 100
+    }
+    return 0
+}
+
+# Clicks the middle of one of vesk's widgets with a real click.
+proc click_widget {path {button 1}} {
+    lassign [remote "list \[winfo rootx $path\] \[winfo rooty $path\] \[winfo width $path\] \[winfo height $path\]"] x y w h
+    exec xdotool mousemove [expr {$x + $w / 2}] [expr {$y + $h / 2}] click $button
+}
+
+# Chooses a menu entry by its label with real clicks: the menu button of
+# the menu bar, then the entry.
+proc pick_menu {button label} {
+    set menu .mbar.$button.menu
+    click_widget .mbar.$button
+    if {![wait_remote "\[winfo ismapped $menu\]"]} { error "menu $button did not open" }
+    set index [remote [list $menu index $label]]
+    lassign [remote "list \[winfo rootx $menu\] \[winfo rooty $menu\] \[$menu yposition $index\]"] x y top
+    exec xdotool mousemove [expr {$x + 40}] [expr {$y + $top + 8}] click 1
+}
+
+# Waits for a message box of tk_messageBox (given its parent) and clicks
+# one of its buttons (ok, cancel, yes or no).  Returns the message it
+# showed, or "" when none came.
+proc answer_message_box {button {parent .}} {
+    set w [expr {$parent eq "." ? ".__tk__messagebox" : "$parent.__tk__messagebox"}]
+    if {![wait_remote "\[winfo exists $w.$button\] && \[winfo ismapped $w.$button\]"]} { return "" }
+    set text [remote [list $w.msg cget -text]]
+    if {[remote [list winfo exists $w.dtl]]} { append text " " [remote [list $w.dtl cget -text]] }
+    click_widget $w.$button
+    wait_remote "!\[winfo exists $w\] || !\[winfo ismapped $w\]"
+    return $text
+}
+
+# Types a path into the open-file dialog and presses Return, as a user
+# can.  Returns 0 when no dialog came.
+proc choose_file_in_dialog {path} {
+    set w .__tk_filedialog
+    if {![wait_remote "\[winfo exists $w\] && \[winfo ismapped $w\]"]} { return 0 }
+    set entry [remote {set ::tk::dialog::file::__tk_filedialog(ent)}]
+    click_widget $entry
+    exec xdotool type --delay 2 $path
+    exec xdotool key Return
+    return 1
+}
+
+# Whether the open-file dialog is showing.
+proc file_dialog_open {} {
+    return [remote {expr {[winfo exists .__tk_filedialog] && [winfo ismapped .__tk_filedialog]}}]
+}
+
+# Presses keys with the pointer over the main window's status line, where
+# the main window's own bindings take them.
+proc main_window_keys {args} {
+    lassign [remote {list [winfo rootx .status] [winfo rooty .status]}] x y
+    exec xdotool mousemove [expr {$x + 5}] [expr {$y + 5}]
+    exec xdotool key {*}$args
+}
