@@ -74,6 +74,7 @@ namespace eval ::vesk::prefs {
             {prefs_fontpath string "Font model for text"}
         }
         Output {
+            {prefs_backup_on_save bool "Keep the previous file as name.vk~ when saving"}
             {prefs_output_vrml_normals bool "VRML: write normals"}
             {prefs_output_vrml_textures bool "VRML: write textures"}
             {prefs_output_rib_header bool "RenderMan: write the header"}
