@@ -1,9 +1,10 @@
 /*
  * fuzz_vk_reader.cpp - libFuzzer target for the model file reader: each
  * input is handed to readfile_vk as a file (an in-memory file named
- * through /proc/self/fd) and read into a fresh group, which is deleted
- * again with everything loaded into it.  The reader's console messages go
- * to /dev/null.
+ * through /proc/self/fd) and read twice: merged into a fresh group, and
+ * read aside into a holder as opening a file does; both are deleted again
+ * with everything loaded into them.  The reader's console messages go to
+ * /dev/null.
  */
 #include "vesk.h"
 #include "app/prefs.h"
@@ -48,6 +49,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     Object *parent = new_group();
     readfile_vk(path, parent, 0);
     object_free(parent);
+    Object *holder = new_group();
+    VkLoadReport report;
+    readfile_vk_detached(path, holder, &report);
+    object_free(holder);
     close(fd);
     return 0;
 }

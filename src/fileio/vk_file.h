@@ -39,7 +39,6 @@ struct VkLoadReport {
                          every child announced there was read */
     long lines;       /* lines read */
     long problems;    /* problems reported on the console */
-    long objects;     /* objects made */
 };
 
 /* Reads a model file into holder, an object that is not part of the

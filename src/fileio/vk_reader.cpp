@@ -161,7 +161,6 @@ static void fill_report(const VkRead *r, VkLoadReport *report, int refused)
     report->complete = !refused && r->complete && !r->stop_reason && !r->in.read_error;
     report->lines = r->in.line_number;
     report->problems = r->messages_shown + r->messages_hidden;
-    report->objects = r->objects_made;
 }
 
 static int read_old_format(const char *filename, Object *parent, int select, int detached, VkLoadReport *report);
