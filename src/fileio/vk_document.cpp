@@ -21,6 +21,7 @@
 #include "edit/selection.h"
 #include "edit/undo.h"
 #include "fileio/vk_file.h"
+#include "platform/safe_file.h"
 #include "view/redraw.h"
 
 #include <cassert>
@@ -48,7 +49,10 @@ static int has_file_name(void)
 
 std::string backup_file_name(const char *path)
 {
-    return std::string(path ? path : "") + "~";
+    char target[4096];
+    if (!path) return "~";
+    if (!safe_file_resolve(path, target, sizeof target)) return std::string(path) + "~";
+    return std::string(target) + "~";
 }
 
 /* ---- reading a whole file aside ---- */

@@ -9,7 +9,8 @@
 
 #include <string>
 
-/* The name a save keeps the replaced file under: path followed by "~". */
+/* The name a save keeps the replaced file under: the file path names
+ * (through any symbolic links) followed by "~". */
 std::string backup_file_name(const char *path);
 
 /* The added commands; each leaves "1" (done) or "0" (not done). */

@@ -2,7 +2,10 @@
  * platform/safe_file.h - writing a file without destroying the previous
  * one: the text goes to a temporary file in the same directory, which is
  * flushed, synced and renamed over the target only when everything was
- * written.  A failed save leaves the old file as it was.
+ * written.  A failed save leaves the old file as it was and no temporary
+ * behind; temporaries left by a process that died are removed by the next
+ * save into their directory.  Saving through a symbolic link replaces the
+ * file the link points to and keeps the link.
  */
 #ifndef VESK_PLATFORM_SAFE_FILE_H
 #define VESK_PLATFORM_SAFE_FILE_H
@@ -20,6 +23,13 @@ struct SafeFile {
     int backup_error;
 };
 
+/* Follows symbolic links from path to the file they name (which need not
+ * exist yet).  Returns 0 with errno when the result does not fit in size
+ * or the links loop. */
+int safe_file_resolve(const char *path, char *out, size_t size);
+/* Removes the temporary files in dir that a process which is gone left
+ * behind (and that nobody has written for a minute); returns how many. */
+int safe_file_remove_stale(const char *dir);
 /* Opens a temporary file beside path.  Returns the stream, or null with
  * errno set (the target is untouched). */
 FILE *safe_file_open(SafeFile *sf, const char *path);

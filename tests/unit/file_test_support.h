@@ -6,6 +6,7 @@
 #define VESK_TESTS_FILE_TEST_SUPPORT_H
 
 #include <cstdlib>
+#include <cstring>
 #include <dirent.h>
 #include <fstream>
 #include <sstream>
@@ -38,13 +39,14 @@ static inline std::string read_file(const std::string &path)
     return s.str();
 }
 
-/* Entries of a directory, not counting the hidden ones. */
+/* Entries of a directory, hidden ones (such as temporary files)
+ * included. */
 static inline int count_entries(const std::string &dir)
 {
     int n = 0;
     DIR *d = opendir(dir.c_str());
     if (!d) return -1;
-    while (dirent *e = readdir(d)) n += e->d_name[0] != '.';
+    while (dirent *e = readdir(d)) n += strcmp(e->d_name, ".") != 0 && strcmp(e->d_name, "..") != 0;
     closedir(d);
     return n;
 }

@@ -12,7 +12,10 @@
 #include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -133,4 +136,60 @@ TEST(SafeFileBackup, FailedSaveLeavesFileAndBackup)
     EXPECT_EQ(read_file(path), "old\n");
     EXPECT_EQ(read_file(path + "~"), "older\n");
     EXPECT_EQ(count_entries(dir.path), 2);
+}
+
+TEST(SafeFile, SavingThroughALinkReplacesTheFileItNames)
+{
+    TempDir dir;
+    ASSERT_EQ(mkdir(dir.file("real").c_str(), 0755), 0);
+    std::string real = dir.file("real/m.vk"), link_path = dir.file("m.vk");
+    write_file(real, "old\n");
+    ASSERT_EQ(symlink("real/m.vk", link_path.c_str()), 0);
+    ASSERT_EQ(save_text(link_path, "new\n", 1), 1);
+    struct stat st;
+    ASSERT_EQ(lstat(link_path.c_str(), &st), 0);
+    EXPECT_TRUE(S_ISLNK(st.st_mode)) << "the link is kept";
+    EXPECT_EQ(read_file(real), "new\n");
+    EXPECT_EQ(read_file(real + "~"), "old\n") << "the backup sits beside the real file";
+    /* A link to a file not there yet creates it. */
+    ASSERT_EQ(symlink("real/later.vk", dir.file("later.vk").c_str()), 0);
+    ASSERT_EQ(save_text(dir.file("later.vk"), "made\n", 0), 1);
+    EXPECT_EQ(read_file(dir.file("real/later.vk")), "made\n");
+    /* Links that loop are refused. */
+    ASSERT_EQ(symlink("loop2", dir.file("loop1").c_str()), 0);
+    ASSERT_EQ(symlink("loop1", dir.file("loop2").c_str()), 0);
+    EXPECT_EQ(save_text(dir.file("loop1"), "x\n", 0), 0);
+    EXPECT_EQ(errno, ELOOP);
+}
+
+TEST(SafeFile, LongestNameSaves)
+{
+    TempDir dir;
+    std::string path = dir.file(std::string(252, 'n') + ".vk");
+    ASSERT_EQ(save_text(path, "first\n", 1), 1);
+    int backup_error = 0;
+    ASSERT_EQ(save_text(path, "second\n", 1, &backup_error), 1);
+    EXPECT_EQ(read_file(path), "second\n");
+    EXPECT_EQ(backup_error, ENAMETOOLONG) << "name~ can't exist; the save went ahead";
+    EXPECT_EQ(count_entries(dir.path), 1);
+}
+
+TEST(SafeFile, LeftoversOfDeadProcessesAreRemoved)
+{
+    TempDir dir;
+    pid_t child = fork();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+    std::string dead_old = dir.file(".vesk-" + std::to_string(child) + "-abcdef");
+    std::string dead_new = dir.file(".vesk-" + std::to_string(child) + "-ghijkl");
+    std::string alive = dir.file(".vesk-1-mnopqr");
+    std::string other = dir.file(".vesk-notours");
+    for (const std::string &p : {dead_old, dead_new, alive, other}) write_file(p, "partial");
+    struct timespec old_times[2] = {{time(nullptr) - 3600, 0}, {time(nullptr) - 3600, 0}};
+    for (const std::string &p : {dead_old, alive, other}) utimensat(AT_FDCWD, p.c_str(), old_times, 0);
+    ASSERT_EQ(save_text(dir.file("m.vk"), "saved\n", 0), 1);
+    EXPECT_NE(access(dead_old.c_str(), F_OK), 0) << "an old leftover of a dead process goes";
+    EXPECT_EQ(access(dead_new.c_str(), F_OK), 0) << "a file written a moment ago stays";
+    EXPECT_EQ(access(alive.c_str(), F_OK), 0) << "a live process's file stays";
+    EXPECT_EQ(access(other.c_str(), F_OK), 0) << "names not of our pattern stay";
 }
