@@ -302,8 +302,9 @@ int save_prefs(void)
     SafeFile sf;
     FILE *f = safe_file_open(&sf, path);
     if (!f) {
-        windows_message_dialog("can't open preferences file '%s' for writing - settings not saved\n",
-                               path);
+        windows_message_dialog("can't open preferences file '%s' for writing (%s) - settings not saved\n",
+                               path, strerror(errno));
+        command_result_set("0");
         return 0;
     }
     fprintf(f, "VKPR %d\n", PREFS_VERSION);
@@ -315,9 +316,11 @@ int save_prefs(void)
     if (!safe_file_commit(&sf)) {
         windows_message_dialog("can't write preferences file '%s' (%s) - settings not saved\n",
                                path, strerror(errno));
+        command_result_set("0");
         return 0;
     }
     windows_message_dialog("Settings have been saved to %s", path);
+    command_result_set("1");
     return 1;
 }
 

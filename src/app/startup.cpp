@@ -15,6 +15,7 @@
 #include "view/view_state.h"
 
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
@@ -44,6 +45,9 @@ void startup_find_home(void)
 
 void startup_core(void)
 {
+    /* A file-size limit makes a write fail with "File too large", which a
+     * save reports, instead of ending the program with the model. */
+    signal(SIGXFSZ, SIG_IGN);
     shared_state_init();
     init_prefs();
     init_views();

@@ -24,6 +24,8 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdlib>
+#include <cfloat>
+#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -489,6 +491,19 @@ static int read_surfaces(VkRead *r, Object *object, const char *rest)
 
 /* ---- vertices ---- */
 
+/* A coordinate that is not a finite single-precision number (nan, inf,
+ * 1e39) would poison every later comparison of positions: it is reported
+ * and read as 0. */
+static void make_finite(VkRead *r, double *xyz, const char *what)
+{
+    for (int k = 0; k < 3; k++) {
+        if (std::isfinite(xyz[k]) && std::fabs(xyz[k]) <= FLT_MAX) continue;
+        vk_file_message(r, "line %d: %s coordinate %g is not a finite number - read as 0\n", line_no(r), what,
+                        xyz[k]);
+        xyz[k] = 0.0;
+    }
+}
+
 static void read_vertices(VkRead *r, Object *object, const char *rest)
 {
     long long n = 0;
@@ -506,6 +521,7 @@ static void read_vertices(VkRead *r, Object *object, const char *rest)
             return;
         }
         if (got < 3) vk_file_message(r, "line %d: a vertex needs three numbers\n", line_no(r));
+        make_finite(r, xyz, "vertex");
         i++;
         if (object) add_vertex(r, xyz);
     }
@@ -583,6 +599,7 @@ static void read_location(VkRead *r, VkFrame &f, const char *rest)
         vk_file_message(r, "expected 'loc' and three numbers at line %d\n", line_no(r));
         return;
     }
+    make_finite(r, l, "location");
     memcpy(f.location, l, sizeof l);
 }
 

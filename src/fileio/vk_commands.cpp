@@ -37,23 +37,76 @@ static unsigned long model_size(void)
     return (unsigned long)world->num_kids + world->num_vert + world->num_surf;
 }
 
+/* The world's children from the node after tail on (all of them when
+ * tail is null). */
+static List *children_after(List *tail)
+{
+    List *from = tail ? tail->next : world->kids;
+    return list_clone(from);
+}
+
+/* Makes a load into a model that held something one undo step, which
+ * takes the loaded objects out again and gives back the selection of
+ * before the load. */
+static void record_load_undo(List *loaded, List *vertices_before, List *objects_before, int mode_before)
+{
+    if (!loaded) return;
+    new_undo(UNDO_PASTE, "load");
+    set_undo_objectlist(loaded);
+    set_undo_selection(vertices_before, objects_before, 0);
+    UndoRecord *r = undo_current();
+    if (r) r->select_mode = mode_before;
+}
+
+/* The status line after a load: what was read and what went wrong. */
+static void report_load(const char *filename, int ok, const VkLoadReport &report)
+{
+    if (report.refused) return;
+    const char *plural = report.problems == 1 ? "" : "s";
+    if (!ok || !report.complete) {
+        display_message("%s was not read completely: the file is cut short or damaged (%ld problem%s, see the "
+                        "console) - what was read is in the model",
+                        filename, report.problems, plural);
+        return;
+    }
+    if (report.problems > 0) {
+        display_message("loaded %s - %ld problem%s in the file %s skipped (see the console)", filename,
+                        report.problems, plural, report.problems == 1 ? "was" : "were");
+        return;
+    }
+    display_message("loaded %s", filename);
+}
+
 int command_load_vk_object(char *filename)
 {
     if (no_filename(filename, "load_vk")) return finish(0);
     int was_empty = model_size() == 0;
     unsigned long before = model_size();
+    List *last_child = world->kids ? list_end(world->kids) : nullptr;
+    List *vertices_before = was_empty ? nullptr : list_clone(selection.selected_vertices);
+    List *objects_before = was_empty ? nullptr : list_clone(selection.selected_objects);
+    int mode_before = selection.select_mode;
     int ok = readfile_vk(filename, world, 1);
     /* A load into an empty world replaces the model: the history of the
      * model before it goes. */
-    if (was_empty) clear_all_undos();
+    if (was_empty) {
+        clear_all_undos();
+    } else {
+        List *loaded = children_after(last_child);
+        record_load_undo(loaded, vertices_before, objects_before, mode_before);
+        list_free(&loaded);
+    }
+    list_free(&vertices_before);
+    list_free(&objects_before);
+    VkLoadReport report;
+    readfile_vk_last_report(&report);
     if (ok) {
         /* The model is the file only when it was empty before. */
         set_unsaved_changes(was_empty ? 0 : 1);
-        display_message("loaded %s", filename);
     } else if (model_size() != before) {
         set_unsaved_changes(1);
-        display_message("%s was not read completely - see the console", filename);
     }
+    report_load(filename, ok, report);
     return finish(ok);
 }
 

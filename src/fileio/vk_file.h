@@ -48,6 +48,8 @@ struct VkLoadReport {
  * drawn or registered as a light.  Returns 1 when the file was read to
  * its end and whole; the report says what was found either way. */
 int readfile_vk_detached(const char *filename, Object *holder, VkLoadReport *report);
+/* What the last load of either kind found. */
+void readfile_vk_last_report(VkLoadReport *report);
 
 /* Writes text in double quotes with a backslash before every backslash
  * and double quote, as the reader's tokeniser expects. */

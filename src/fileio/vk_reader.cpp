@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <sys/stat.h>
 #include <vector>
 
 enum { HEADER_OK, HEADER_NOT_VESK };
@@ -137,6 +138,15 @@ static void finish_load(VkRead *r, int select, int fit)
 /* Opens the file; 0 (with errno) when it can't be read. */
 static int open_file(VkRead *r)
 {
+    /* A device, a pipe or a socket would be read forever or block: only
+     * files are loaded. */
+    struct stat st;
+    if (stat(r->filename, &st) == 0 && !S_ISREG(st.st_mode)) {
+        console_printf("%s: %s, not a file - only files can be loaded\n", r->filename,
+                       S_ISDIR(st.st_mode) ? "a directory" : "a device, pipe or socket");
+        errno = S_ISDIR(st.st_mode) ? EISDIR : ENODEV;
+        return 0;
+    }
     if (line_reader_open(&r->in, r->filename)) return 1;
     int e = errno;
     console_printf("%s: %s\n", r->filename, strerror(e));
@@ -154,13 +164,22 @@ static int read_body_prefaulted(VkRead *r)
     return ok;
 }
 
+/* What the last load found, for the commands that report it. */
+static VkLoadReport last_report;
+
 static void fill_report(const VkRead *r, VkLoadReport *report, int refused)
 {
-    if (!report) return;
+    if (!report) report = &last_report;
     report->refused = refused;
     report->complete = !refused && r->complete && !r->stop_reason && !r->in.read_error;
     report->lines = r->in.line_number;
     report->problems = r->messages_shown + r->messages_hidden;
+    last_report = *report;
+}
+
+void readfile_vk_last_report(VkLoadReport *report)
+{
+    *report = last_report;
 }
 
 static int read_old_format(const char *filename, Object *parent, int select, int detached, VkLoadReport *report);

@@ -23,6 +23,10 @@ proc check {name actual expected} {
     }
 }
 
+proc check_true {name condition} {
+    check $name [expr {$condition ? 1 : 0}] 1
+}
+
 proc check_match {name actual pattern} {
     if {[string match $pattern $actual]} {
         incr ::passed

@@ -352,14 +352,17 @@ TEST_F(VkFile, RotationOfAnObjectIsKept)
 TEST_F(VkFile, VerticesReadBackExactlyWhateverTheirValues)
 {
     /* Random bit patterns and centres: frames are only kept where exact,
-     * but every vertex comes back bit for bit, NaN and infinity included. */
+     * but every finite vertex comes back bit for bit, the largest and the
+     * subnormal ones included. */
     std::mt19937 rng(12345);
     std::uniform_int_distribution<uint32_t> bits;
     auto random_float = [&] {
-        uint32_t b = bits(rng);
-        float f;
-        memcpy(&f, &b, 4);
-        return std::isnan(f) ? NAN : f;
+        for (;;) {
+            uint32_t b = bits(rng);
+            float f;
+            memcpy(&f, &b, 4);
+            if (std::isfinite(f)) return f;
+        }
     };
     Object *g = add_object(world, OBJECT_GROUP, "g");
     g->centre[0] = 1e10f, g->centre[1] = -3.0f, g->centre[2] = 1e-20f;
@@ -374,6 +377,29 @@ TEST_F(VkFile, VerticesReadBackExactlyWhateverTheirValues)
     std::string before = snapshot(false);
     save_clear_load("random.vk");
     EXPECT_EQ(snapshot(false), before);
+}
+
+TEST_F(VkFile, NonFiniteCoordinatesAreReportedAndReadAsZero)
+{
+    int r = 0;
+    Captured c = load_text(dir,
+                           "VESKb\nOBJECT world\nkids 1\nOBJECT poly\nloc inf 0 0\nnumvert 3\n"
+                           "nan 1 2\n1 -inf 2\n1 2 1e39\nkids 0\n",
+                           &r);
+    EXPECT_EQ(r, 1);
+    Object *o = world->kids ? child(world, 0) : nullptr;
+    ASSERT_NE(o, nullptr);
+    EXPECT_TRUE(contains(c.out, "line 5: location coordinate inf is not a finite number - read as 0")) << c.out;
+    EXPECT_TRUE(contains(c.out, "line 7: vertex coordinate nan is not a finite number - read as 0")) << c.out;
+    EXPECT_TRUE(contains(c.out, "line 8: vertex coordinate -inf is not a finite number")) << c.out;
+    EXPECT_TRUE(contains(c.out, "line 9: vertex coordinate 1e+39 is not a finite number")) << c.out;
+    float expected[3][3] = {{0, 1, 2}, {1, 0, 2}, {1, 2, 0}};
+    int i = 0;
+    for (List *l = o->vertices; l && i < 3; l = l->next, i++) {
+        for (int k = 0; k < 3; k++) EXPECT_EQ(((Vertex *)l->item)->point[k], expected[i][k]);
+    }
+    EXPECT_EQ(i, 3);
+    EXPECT_EQ(o->centre[0], 0.0f);
 }
 
 TEST_F(VkFile, LoadedFileSavesAndLoadsTheSame)

@@ -1,0 +1,126 @@
+# Saving and loading that can't lose work: a save under a file-size limit
+# that is too small (the shell survives, says so, the old file stays byte
+# for byte, no temporary is left), through a symbolic link, with the
+# longest file name; loading a device, a pipe or a directory returns at
+# once; a load into a model that holds something is one undo step; the
+# result of save_settings.
+source [file join [lindex $argv 0] scripts harness.tcl]
+
+set data [file join $::tests_dir data vk]
+set vesksh [info nameofexecutable]
+
+proc read_bytes {path} {
+    set fd [open $path rb]
+    set bytes [read $fd]
+    close $fd
+    return $bytes
+}
+
+proc quietly {body} { return [capture_all [list uplevel 1 $body]] }
+
+# Every entry of a directory, hidden ones included.
+proc entries {dir} {
+    return [lsort [lmap name [glob -nocomplain -tails -directory $dir * .*] {
+        if {$name in {. ..}} continue
+        set name
+    }]]
+}
+
+# --- a file-size limit too small for the model ---
+set limited [file join $::scratch limited]
+file mkdir $limited
+set target [file join $limited model.vk]
+set fd [open $target w]
+puts $fd "the previous file"
+close $fd
+set child [file join $::scratch limit_child.tcl]
+set fd [open $child w]
+puts $fd {
+    vesk load_vk [lindex $argv 0]
+    for {set i 0} {$i < 40} {incr i} { vesk new_cube; vesk move 2 0 0 }
+    set r [vesk save_vk [lindex $argv 1]]
+    puts "RESULT $r ALIVE"
+}
+close $fd
+set status [catch {exec sh -c {ulimit -f 2; exec "$0" "$@"} $vesksh $child [file join $data model.vk] $target 2>@1} out]
+check "under the limit: the shell survives" $status 0
+check_match "under the limit: the save failed" $out "*RESULT 0 ALIVE*"
+check_match "under the limit: it says why" $out "*File too large*"
+check "under the limit: old file byte for byte" [read_bytes $target] "the previous file\n"
+check "under the limit: no temporary left" [entries $limited] model.vk
+
+# --- through a symbolic link ---
+quietly { vesk load_vk [file join $data model.vk] }
+set real_dir [file join $::scratch real]
+file mkdir $real_dir
+set real [file join $real_dir model.vk]
+set fd [open $real w]
+puts $fd "old"
+close $fd
+set link [file join $::scratch link.vk]
+file link -symbolic $link $real
+quietly { set r [vesk save_vk $link] }
+check "through a link: saved" $r 1
+check "through a link: the link stays" [file type $link] link
+check_match "through a link: the file it names has the model" [read_bytes $real] "VESKb*"
+check "through a link: the backup sits beside that file" [read_bytes $real~] "old\n"
+
+# --- the longest file name ---
+set long [file join $::scratch [string repeat m 252].vk]
+quietly { set r [vesk save_vk $long] }
+check "255-byte name: saved" $r 1
+set out [quietly { set r [vesk save_vk $long] }]
+check "255-byte name: saved again" $r 1
+check_match "255-byte name: its backup name is too long, and the user is told" $out "*no backup could be kept*"
+
+# --- what is not a file loads nothing, at once ---
+set before [vesk get_info]
+foreach {what path} [list "/dev/zero" /dev/zero "a directory" $::scratch] {
+    set started [clock milliseconds]
+    set out [quietly { set r [vesk load_vk $path] }]
+    check "$what: refused" $r 0
+    check_true "$what: at once" [expr {[clock milliseconds] - $started < 5000}]
+    check_match "$what: says it is not a file" $out "*not a file - only files can be loaded*"
+}
+set fifo [file join $::scratch pipe.vk]
+exec mkfifo $fifo
+set out [quietly { set r [vesk load_vk $fifo] }]
+check "a pipe: refused without waiting for a writer" $r 0
+check "nothing loaded from any of them" [vesk get_info] $before
+
+# --- a load into a model that holds something is one undo step ---
+quietly { vesk clear_all; vesk load_vk [file join $data model.vk] }
+check "a load into an empty model leaves no history" $undo_count 0
+set alone [vesk object_get_children [vesk get_world]]
+quietly { vesk select_object [lindex $alone 0] }
+set selected [vesk get_selected_objects]
+quietly { set r [vesk load_vk [file join $data model.vk]] }
+check "second load" $r 1
+check "second load: objects added" [llength [vesk object_get_children [vesk get_world]]] [expr {2 * [llength $alone]}]
+check "second load: one undo step" $undo_count 1
+quietly { vesk undo }
+check "undo takes the loaded objects out" [vesk object_get_children [vesk get_world]] $alone
+check "undo gives back the selection of before" [vesk get_selected_objects] $selected
+
+# A load cut short is undone the same way.
+set cut [file join $::scratch cut.vk]
+set text [read_bytes [file join $data model.vk]]
+set fd [open $cut wb]
+puts -nonewline $fd [string range $text 0 [expr {[string length $text] * 3 / 4}]]
+close $fd
+set out [quietly { vesk load_vk $cut }]
+check_match "cut load: the status line says so with a count" $out "*was not read completely: the file is cut short or damaged (*problem*"
+quietly { vesk undo }
+check "cut load undone" [vesk object_get_children [vesk get_world]] $alone
+
+# --- save_settings answers whether it saved ---
+set out [quietly { set r [vesk save_settings] }]
+check "save_settings result" $r 1
+set saved_home $env(HOME)
+set env(HOME) [file join $::scratch no such dir]
+set out [quietly { set r [vesk save_settings] }]
+set env(HOME) $saved_home
+check "save_settings into a missing directory" $r 0
+check_match "save_settings says why" $out "*No such file or directory*"
+
+finish
