@@ -75,6 +75,7 @@ namespace eval ::vesk::prefs {
         }
         Output {
             {prefs_backup_on_save bool "Keep the previous file as name.vk~ when saving"}
+            {prefs_autosave_seconds int "Autosave unsaved work every (seconds, 0 = never)" {0 86400}}
             {prefs_output_vrml_normals bool "VRML: write normals"}
             {prefs_output_vrml_textures bool "VRML: write textures"}
             {prefs_output_rib_header bool "RenderMan: write the header"}

@@ -5,6 +5,7 @@
  * and a plug-in can still replace any of them.
  */
 #include "app/added_commands.h"
+#include "app/autosave.h"
 #include "app/commands.h"
 #include "fileio/vk_document.h"
 
@@ -29,6 +30,14 @@ static const AddedCommand added_table[] = {
     {"revert_vk", CMDFN(command_revert_vk), 0, nullptr, nullptr, "open the model's file again, dropping unsaved changes"},
     {"open_backup_vk", CMDFN(command_open_backup_vk), 0, nullptr, nullptr,
      "open the backup kept by the last save over the model's file"},
+    {"autosave_now", CMDFN(command_autosave_now), 0, nullptr, nullptr,
+     "write the model to this program's autosave file now"},
+    {"recovery_files", CMDFN(command_recovery_files), 0, nullptr, nullptr,
+     "list the unsaved work that stopped programs left: {file model seconds kind} ..."},
+    {"recover_file", CMDFN(command_recover_file), 1, "s", "<recovery-file>",
+     "open unsaved work that a stopped program left, in place of the model"},
+    {"discard_recovery_file", CMDFN(command_discard_recovery_file), 1, "s", "<recovery-file>",
+     "delete unsaved work that a stopped program left"},
 };
 
 void register_added_commands(void)

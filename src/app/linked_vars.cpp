@@ -86,6 +86,7 @@ static const LinkedVar linked_vars[] = {
     {"prefs_pick_pixel_range", &prefs.pick_pixel_range, TCL_LINK_INT},
     {"unsaved_changes", &unsaved_changes, TCL_LINK_BOOLEAN},
     {"prefs_backup_on_save", &prefs.backup_on_save, TCL_LINK_BOOLEAN},
+    {"prefs_autosave_seconds", &prefs.autosave_seconds, TCL_LINK_INT},
     {"current_file_name", &current_file_name, TCL_LINK_STRING},
     {nullptr, nullptr, 0},
 };

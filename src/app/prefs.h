@@ -158,6 +158,7 @@ struct Prefs {
     int cylinder_has_ends;
     /* Settings added since; the file lists them after the ones above. */
     int backup_on_save;          /* keep the replaced model file as name~ */
+    int autosave_seconds;        /* autosave interval of unsaved work, 0 off */
 };
 
 extern Prefs prefs;

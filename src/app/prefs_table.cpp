@@ -152,6 +152,7 @@ const Prefs prefs_defaults = {
     1, /* show_selected_vertices */
     0, /* cylinder_has_ends */
     1, /* backup_on_save */
+    60, /* autosave_seconds */
 };
 
 PrefSpec prefs_table[] = {
@@ -298,6 +299,7 @@ PrefSpec prefs_table[] = {
     {"show_selected_vertices", PREF_BOOLEAN, &prefs.show_selected_vertices},
     {"cylinder_has_ends", PREF_BOOLEAN, &prefs.cylinder_has_ends},
     {"backup_on_save", PREF_BOOLEAN, &prefs.backup_on_save},
+    {"autosave_seconds", PREF_INT, &prefs.autosave_seconds},
 };
 
 int num_prefs = (int)(sizeof prefs_table / sizeof prefs_table[0]);

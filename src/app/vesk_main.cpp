@@ -5,6 +5,7 @@
  * the view windows, the palette and modes, a model named on the command
  * line) and the main loop, which reports a fault and goes on.
  */
+#include "app/autosave.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
 #include "app/startup.h"
@@ -134,6 +135,7 @@ static void vesk_mainloop(void)
 
 static void load_start_model(int argc, char **argv)
 {
+    if (startup_offer_recovery()) return;
     if (argc < 2 || strcmp(argv[1], "debug") == 0) return;
     open_start_model(argv[1]);
 }
@@ -161,6 +163,7 @@ int main(int argc, char **argv)
     set_new_move_mode(100);
     set_new_draw_mode(0);
     init_ui();
+    autosave_init(1);
     load_start_model(argc, argv);
     display_status();
     tcl_update();

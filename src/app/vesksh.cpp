@@ -6,6 +6,7 @@
  * core talks to the user interface exist as quiet procedures, except that
  * display_message prints its text.
  */
+#include "app/autosave.h"
 #include "app/startup.h"
 #include "vesk.h"
 #include "core/internal.h"
@@ -93,6 +94,7 @@ static int vesksh_init(Tcl_Interp *interp)
     startup_core();
     console_to_stderr = 0;
     if (!startup_bind(interp)) return TCL_ERROR;
+    autosave_init(0);
     if (Tcl_Eval(interp, quiet_interface) != TCL_OK) return TCL_ERROR;
     Tcl_CreateCommand(interp, "vesk_redirect_stdout", redirect_cmd, (ClientData)(intptr_t)1, nullptr);
     Tcl_CreateCommand(interp, "vesk_restore_stdout", restore_cmd, (ClientData)(intptr_t)1, nullptr);

@@ -11,6 +11,7 @@
 #include "edit/undo.h"
 #include "fileio/vk_document.h"
 #include "fileio/vk_file.h"
+#include "fileio/vk_recovery.h"
 #include "app/prefs.h"
 
 #include <cerrno>
@@ -136,6 +137,7 @@ int command_save_vk(char *filename)
         return finish(0);
     }
     set_unsaved_changes(0);
+    recovery_discard_own();
     if (backup_error) {
         std::string backup = backup_file_name(filename);
         console_printf("save_vk: couldn't keep the previous %s as %s: %s\n", filename, backup.c_str(),

@@ -21,6 +21,7 @@
 #include "edit/selection.h"
 #include "edit/undo.h"
 #include "fileio/vk_file.h"
+#include "fileio/vk_recovery.h"
 #include "platform/safe_file.h"
 #include "view/redraw.h"
 
@@ -198,6 +199,8 @@ static int open_in_place(const char *filename, const char *action, VkLoadReport 
     if (!holder) return 0;
     replace_model(holder);
     show_loaded(world->kids);
+    /* Unsaved work kept for recovery was given up with the model. */
+    recovery_discard_own();
     return 1;
 }
 
@@ -242,6 +245,7 @@ int command_merge_vk(char *filename)
 int command_new_model(void)
 {
     clear_world_contents();
+    recovery_discard_own();
     selection_publish_counts();
     set_current_file_name("");
     set_unsaved_changes(0);
@@ -290,6 +294,16 @@ int command_open_backup_vk(void)
     set_unsaved_changes(1);
     display_message("opened the backup %s - save to make it %s again", backup.c_str(), file.c_str());
     return finish(1);
+}
+
+int open_recovered(const char *path, const char *model_file)
+{
+    VkLoadReport report;
+    if (!open_in_place(path, "Recover unsaved work", &report)) return 0;
+    set_current_file_name(model_file);
+    set_unsaved_changes(1);
+    display_message("recovered the unsaved work of %s - save it to keep it", *model_file ? model_file : "an untitled model");
+    return 1;
 }
 
 int open_start_model(const char *filename)

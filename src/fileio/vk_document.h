@@ -20,6 +20,10 @@ int command_new_model(void);
 int command_revert_vk(void);
 int command_open_backup_vk(void);
 
+/* Opens a recovery file in place of the model as the unsaved work of
+ * model_file ("" for an untitled model); 0 when it was not read whole. */
+int open_recovered(const char *path, const char *model_file);
+
 /* Opens the model named on the command line; 0 when it was not read whole
  * (the user was told and the model is empty). */
 int open_start_model(const char *filename);

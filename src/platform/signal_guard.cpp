@@ -18,13 +18,20 @@ static const int guarded_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 static sigjmp_buf *guard_stack[MAX_GUARD_DEPTH];
 static volatile sig_atomic_t guard_depth = 0;
 static bool handlers_installed = false;
+static void (*volatile last_words)(int) = nullptr;
+static volatile sig_atomic_t last_words_said = 0;
 
 static void fault_handler(int sig)
 {
     if (guard_depth > 0 && guard_depth <= MAX_GUARD_DEPTH) {
         siglongjmp(*guard_stack[guard_depth - 1], sig);
     }
-    /* No guard: let the default action end the process. */
+    /* No guard: let the default action end the process, after the last
+     * words (said once, even if they fault themselves). */
+    if (last_words && !last_words_said) {
+        last_words_said = 1;
+        last_words(sig);
+    }
     signal(sig, SIG_DFL);
     raise(sig);
 }
@@ -71,4 +78,10 @@ int run_guarded(guarded_function function, void *context, int *signal_number)
     function(context);
     guard_depth = depth_at_entry;
     return 1;
+}
+
+void signal_guard_set_last_words(void (*function)(int signal_number))
+{
+    last_words = function;
+    install_handlers();
 }

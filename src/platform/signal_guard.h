@@ -13,4 +13,9 @@ typedef void (*guarded_function)(void *context);
  * fault ended it; *signal_number then holds the signal. */
 int run_guarded(guarded_function function, void *context, int *signal_number);
 
+/* A function called once, from the signal handler, when a fault happens
+ * outside every guard and is about to end the process (to save what can
+ * be saved).  It must be safe to call from a signal handler. */
+void signal_guard_set_last_words(void (*last_words)(int signal_number));
+
 #endif

@@ -87,7 +87,7 @@ proc ::mock::link_variables {} {
         prefs_window_3d_height_percent 50 viewsetting all tcl_socket_port 1655 \
         prefs_rib_use_object_data 0 prefs_plugin_dir {$VESK_HOME/plugins} \
         vesk_version_number 2.0 prefs_doublebuffer_orth 1 prefs_pick_pixel_range 4 \
-        unsaved_changes 0 prefs_backup_on_save 1 current_file_name ""] {
+        unsaved_changes 0 prefs_backup_on_save 1 prefs_autosave_seconds 60 current_file_name ""] {
         set_default $name $value
     }
 }

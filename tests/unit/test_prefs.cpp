@@ -164,7 +164,8 @@ const char default_file[] =
     "convexhull_precision 0.000010\n"
     "show_selected_vertices TRUE\n"
     "cylinder_has_ends FALSE\n"
-    "backup_on_save TRUE\n";
+    "backup_on_save TRUE\n"
+    "autosave_seconds 60\n";
 
 std::string read_file(const std::string &path)
 {
@@ -233,7 +234,7 @@ TEST_F(PrefsFile, Defaults)
 {
     /* The names and their order are those of the file (see default_file);
      * every name finds its own entry. */
-    ASSERT_EQ(num_prefs, 143);
+    ASSERT_EQ(num_prefs, 144);
     for (int i = 0; i < num_prefs; i++) EXPECT_EQ(vk_prefs_get_spec(prefs_table[i].name), &prefs_table[i]);
     EXPECT_EQ(vk_prefs_get_spec("3dwin_x")->type, PREF_INT);
     EXPECT_EQ(vk_prefs_get_spec("col_vert")->type, PREF_HEX);
@@ -304,7 +305,7 @@ TEST_F(PrefsFile, SaveWritesEveryEntryInOrder)
                          0),
               0u);
     EXPECT_EQ(text, default_file);
-    EXPECT_EQ(count_lines(text), 144);
+    EXPECT_EQ(count_lines(text), 145);
 
     /* A directory that cannot take the file: a message, no crash. */
     setenv("HOME", (dir + "/missing/deeper").c_str(), 1);
