@@ -386,6 +386,7 @@ proc ::vesk::main::build_tools_menu {m} {
     $m add command -label "Console..." -command ::vesk::ops::console
     $m add checkbutton -label "Scripting socket" -variable ::vesk::ops::socket_on \
         -command ::vesk::ops::socket_toggle
+    $m add command -label "Scripting socket settings..." -command ::vesk::ops::socket_dialog
     $m add command -label "List commands" -command {::vesk::ops::show_result "VESK commands" list}
     $m add command -label "Run system command..." -command {::vesk::ops::ask_for execute}
     set i [add_cascade $m inspect "Inspect"]

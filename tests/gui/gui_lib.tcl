@@ -58,9 +58,15 @@ proc launch_vesk {model} {
 
 # Waits for the scripting socket of the vesk started last and opens it.
 proc connect_vesk {} {
+    set token_file [file join $::scratch home vesk-socket-token]
     for {set i 0} {$i < 200} {incr i} {
-        if {![catch {socket 127.0.0.1 $::port} ::sock]} {
+        if {[file exists $token_file] && ![catch {socket 127.0.0.1 $::port} ::sock]} {
             fconfigure $::sock -buffering line -translation lf -encoding utf-8
+            set fd [open $token_file r]
+            set token [string trim [read $fd]]
+            close $fd
+            puts $::sock $token
+            if {[gets $::sock] ne "ok"} { error "vesk refused the token" }
             remote {update}
             return
         }

@@ -596,6 +596,8 @@ set ::unsaved_changes 0
 
 # ---- scripting socket ----
 
+set ::env(HOME) [file join $::scratch socket_home]
+file mkdir $::env(HOME)
 check "socket off by default" [list $::vesk::ops::socket_on $::vesk::ops::server] {0 {}}
 
 # A free port: let the system pick one, then free it.
@@ -622,8 +624,44 @@ proc socket_ask {client line} {
     fileevent $client readable {}
     return $::answer
 }
-set client [socket 127.0.0.1 $port]
-fconfigure $client -blocking 0 -buffering line
+proc socket_connect {port} {
+    set client [socket 127.0.0.1 $port]
+    fconfigure $client -blocking 0 -buffering line
+    return $client
+}
+
+# The token: made anew, in a file only the user can read.
+set token_file [file join $::env(HOME) vesk-socket-token]
+check "token file written" [file exists $token_file] 1
+check "token file readable by the user alone" [file attributes $token_file -permissions] 00600
+set fd [open $token_file r]
+set token [string trim [read $fd]]
+close $fd
+check "the file holds the token" $token $::vesk::ops::socket_token
+check_match "a long random token" $token {[0-9a-f]*}
+check "32 hex digits" [string length $token] 32
+
+# No token, a wrong token, a web page: refused.
+set client [socket_connect $port]
+check "a command before the token is refused" [socket_ask $client {vesk get_info}] \
+    "error: not authorised - send the token of Tools > Scripting socket settings first"
+check "and the connection closed" [socket_ask $client {vesk get_info}] eof
+close $client
+set client [socket_connect $port]
+check "a wrong token is refused" [string match "error: not authorised*" [socket_ask $client [string reverse $token]]] 1
+close $client
+::mock::reset_calls
+set client [socket_connect $port]
+puts $client "POST /vesk HTTP/1.1"
+check "an HTTP request is closed without an answer" [socket_ask $client "Host: localhost"] eof
+close $client
+set client [socket_connect $port]
+check "an HTTP GET too" [socket_ask $client "GET / HTTP/1.0"] eof
+close $client
+check "nothing reached the core" [::mock::called get_info] 0
+
+set client [socket_connect $port]
+check "the token is answered ok" [socket_ask $client $token] ok
 check "socket evaluates a command" [socket_ask $client {expr {6 * 7}}] 42
 check "socket reports errors" [socket_ask $client {error "bad thing"}] "error: bad thing"
 check "multi-line answer on one line" [socket_ask $client {return "a\nb"}] {a\nb}
@@ -632,6 +670,37 @@ check "incomplete command waits for more" [socket_ask $client "x y\}"] {\nx y}
 ::mock::reset_calls
 check "socket reaches the core" [socket_ask $client {vesk get_info}] ""
 check "core called through the socket" [::mock::called get_info] 1
+
+# The safe interpreter: no programs, files, sockets or exit.
+foreach {command pattern} {
+    {exec ls} {error: invalid command name "exec"}
+    {open /etc/passwd} {error: invalid command name "open"}
+    {socket localhost 80} {error: invalid command name "socket"}
+    {file delete x} {error: invalid command name "file"}
+    {source x.tcl} {error: invalid command name "source"}
+    {exit} {error: invalid command name "exit"}
+    {load x.so} {error: invalid command name "load"}
+} {
+    check "safe: $command refused" [socket_ask $client $command] $pattern
+}
+::mock::reset_calls
+check_match "safe: vesk execute refused" [socket_ask $client {vesk execute {rm -rf /tmp/x}}] \
+    "error: \"execute\" is refused over the scripting socket*"
+check_match "safe: vesk plugin_load refused" [socket_ask $client {vesk plugin_load /tmp/x.so}] "error: *refused*"
+check "safe: neither reached the core" [expr {[::mock::called execute*] || [::mock::called plugin_load*]}] 0
+check "safe: globals of the program out of reach" [socket_ask $client {info exists ::vesk::ops::socket_token}] 0
+set ::vesk::ops::socket_time_limit 1
+check_match "safe: a runaway command is stopped" [socket_ask $client {while 1 {}}] "error: time limit exceeded"
+set ::vesk::ops::socket_time_limit 30
+check "safe: still answering after it" [socket_ask $client {expr {1 + 1}}] 2
+
+# Full access, chosen by the user: Tcl at global level, execute passes.
+set ::vesk::ops::socket_full_access 1
+check "full: global Tcl" [socket_ask $client {set ::vesk::ops::socket_on}] 1
+::mock::reset_calls
+socket_ask $client {vesk execute true}
+check "full: execute reaches the core" [::mock::called {execute true}] 1
+set ::vesk::ops::socket_full_access 0
 close $client
 
 set busy [socket -server {apply {args {}}} -myaddr 127.0.0.1 0]
@@ -639,6 +708,7 @@ set busy_port [lindex [fconfigure $busy -sockname] 2]
 ::vesk::ops::socket_stop
 check "socket off" [list $::vesk::ops::socket_on $::vesk::ops::server $::vesk::main::message] \
     {0 {} {scripting socket off}}
+check "socket off: the token is gone" [list [file exists $token_file] $::vesk::ops::socket_token] {0 {}}
 set ::tcl_socket_port $busy_port
 set ::vesk::ops::socket_on 1
 ::vesk::ops::socket_toggle
