@@ -5,6 +5,7 @@
  * textual answer of a command is left in the result buffer.
  */
 #include "app/commands.h"
+#include "edit/model_check.h"
 #include "core/internal.h"
 #include "platform/signal_guard.h"
 
@@ -249,6 +250,21 @@ static void debug_print_words(int argc, char **argv)
     debugf("\n");
 }
 
+/* In checking builds every command must leave the model whole; one that
+ * doesn't stops the program at once, naming itself and the damage. */
+static void check_model_after(const char *name)
+{
+#ifdef VESK_CHECKS
+    char report[2048];
+    if (model_check(report, sizeof report) == 0) return;
+    fprintf(stderr, "VESK: the command '%s' left the model inconsistent - tell Orlo:\n%s", name, report);
+    fflush(stderr);
+    abort();
+#else
+    (void)name;
+#endif
+}
+
 int do_command(int argc, char **argv)
 {
     command_result_set(nullptr);
@@ -279,6 +295,7 @@ int do_command(int argc, char **argv)
             c->name, fault);
         return 0;
     }
+    check_model_after(c->name);
     return 1;
 }
 

@@ -5,6 +5,7 @@
  * dollar signs in a file name or message are shown, never evaluated.
  */
 #include "app/tcl_bridge.h"
+#include "edit/model_check.h"
 #include "app/commands.h"
 #include "app/frontend.h"
 #include "app/linked_vars.h"
@@ -176,10 +177,22 @@ void create_vesk_command(Tcl_Interp *interp)
     Tcl_CreateCommand(interp, "vesk", vesk_command_proc, nullptr, nullptr);
 }
 
+/* vesk_check_tree: checks the model and the selection; answers a list of
+ * the number of problems and their description. */
+static int check_tree_command(ClientData, Tcl_Interp *interp, int, const char **)
+{
+    char report[4096];
+    long problems = model_check(report, sizeof report);
+    Tcl_Obj *answer[2] = {Tcl_NewLongObj(problems), Tcl_NewStringObj(report, -1)};
+    Tcl_SetObjResult(interp, Tcl_NewListObj(2, answer));
+    return TCL_OK;
+}
+
 int vesk_bind_interpreter(Tcl_Interp *interp)
 {
     tcl_interp = interp;
     create_vesk_command(interp);
+    Tcl_CreateCommand(interp, "vesk_check_tree", check_tree_command, nullptr, nullptr);
     return link_tcl_variables(interp);
 }
 

@@ -118,6 +118,27 @@ static void report_save_failure(const char *filename, int error)
     display_message("save failed: %s", filename);
 }
 
+/* Tells the user, in a message box and on the status line, which names
+ * and urls the file can't give back as they are.  Returns 1 when there
+ * were any. */
+static int report_altered_texts(const char *filename)
+{
+    std::vector<std::string> altered;
+    write_vk_altered_texts(&altered);
+    if (altered.empty()) return 0;
+    std::string list;
+    size_t shown = altered.size() < 10 ? altered.size() : 10;
+    for (size_t i = 0; i < shown; i++) list += "  " + altered[i] + "\n";
+    if (altered.size() > shown) list += "  and " + std::to_string(altered.size() - shown) + " more\n";
+    windows_message_dialog("Save VESK file:\n\n%s was saved, but %zu text%s will not read back as %s:\n\n%s\n"
+                           "Shorten them (and take out line breaks) and save again to keep them whole.",
+                           filename, altered.size(), altered.size() == 1 ? "" : "s",
+                           altered.size() == 1 ? "it is" : "they are", list.c_str());
+    display_message("saved %s - %zu name%s or url%s will not read back as they are (see the message)", filename,
+                    altered.size(), altered.size() == 1 ? "" : "s", altered.size() == 1 ? "" : "s");
+    return 1;
+}
+
 /* Saves the model, keeping the file it replaces as filename~ when the
  * preference asks for it. */
 static int save_whole_model(const char *filename, int *backup_error)
@@ -138,7 +159,10 @@ int command_save_vk(char *filename)
     }
     set_unsaved_changes(0);
     recovery_discard_own();
+    int altered = report_altered_texts(filename);
     if (backup_error) {
+        /* The missing backup matters more than the texts on the status
+         * line; the texts have their message box. */
         std::string backup = backup_file_name(filename);
         console_printf("save_vk: couldn't keep the previous %s as %s: %s\n", filename, backup.c_str(),
                        strerror(backup_error));
@@ -146,7 +170,7 @@ int command_save_vk(char *filename)
                         strerror(backup_error));
         return finish(1);
     }
-    display_message("saved %s", filename);
+    if (!altered) display_message("saved %s", filename);
     return finish(1);
 }
 

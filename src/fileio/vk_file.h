@@ -14,6 +14,8 @@
 #include "vesk.h"
 
 #include <cstdio>
+#include <string>
+#include <vector>
 
 enum {
     VK_FILE_VERSION = 11,
@@ -67,6 +69,10 @@ int write_vk_keeping_backup(const char *filename, int *backup_error);
 /* Saves the given objects, each with its subtree, as the children of a
  * world block.  Same results as write_vk. */
 int write_vk_objects(const char *filename, List *objects);
+/* The names and urls the last write_vk, write_vk_keeping_backup or
+ * write_vk_objects could not keep as they are (longer than a line of the
+ * file, or holding line breaks), each described for the user. */
+void write_vk_altered_texts(std::vector<std::string> *out);
 /* Writes one object's block and its subtree to an open file (without the
  * header and materials), placed relative to the object's parent.  Returns
  * 1, or 0 when writing failed. */

@@ -18,6 +18,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 #include <vector>
 
 static const float identity3[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
@@ -29,6 +30,22 @@ struct VkWriter {
     long broken_refs;
     long inexact_objects;
 };
+
+/* The texts the last write could not keep as they are, described. */
+static std::vector<std::string> altered_texts;
+
+static void note_altered(const char *what, const char *keyword, Object *o)
+{
+    std::string name = o->name ? o->name : "";
+    if (name.size() > 60) name = name.substr(0, 60) + "...";
+    if (altered_texts.size() < 1000)
+        altered_texts.push_back(std::string("the ") + keyword + " of object \"" + name + "\" " + what);
+}
+
+void write_vk_altered_texts(std::vector<std::string> *out)
+{
+    *out = altered_texts;
+}
 
 /* ---- lines ---- */
 
@@ -51,7 +68,9 @@ static void put_quoted_line(VkWriter *w, const char *keyword, const char *text, 
         console_printf("warning - the %s of object \"%.60s\" is longer than a model file line; it will be cut "
                        "short when the file is read\n",
                        keyword, o->name ? o->name : "");
+        note_altered("is longer than a line of a model file and will be cut short when it is read", keyword, o);
     }
+    if (strpbrk(text, "\n\r")) note_altered("holds line breaks, which are written as spaces", keyword, o);
     text_out_string(&w->out, keyword);
     text_out_char(&w->out, ' ');
     text_out_quoted(&w->out, text);
@@ -254,6 +273,7 @@ static void report(VkWriter *w)
 /* Header, materials, a world block holding roots, and the trees. */
 static int write_model(FILE *file, Object *world_object, const std::vector<Object *> &roots)
 {
+    altered_texts.clear();
     VkWriter w;
     w.broken_refs = w.inexact_objects = 0;
     if (!text_out_open(&w.out, file)) {

@@ -113,6 +113,15 @@ check_match "cut load: the status line says so with a count" $out "*was not read
 quietly { vesk undo }
 check "cut load undone" [vesk object_get_children [vesk get_world]] $alone
 
+# --- names and urls a model file can't keep are reported, never silently cut ---
+quietly { vesk new_model; vesk new_cube; vesk select_all }
+quietly { vesk set_current_object_name [string repeat n 300]; vesk set_current_object_url "first\nsecond" }
+set out [quietly { set r [vesk save_vk [file join $::scratch texts.vk]] }]
+check "long texts: still saved" $r 1
+check_match "long texts: a message names the object" $out "*the name of object \"nnnnnnnnnn*...\" is longer than a line*"
+check_match "long texts: and the line breaks" $out "*the url of object*holds line breaks*"
+check_match "long texts: the status line says so" $out "*2 names or urls will not read back as they are*"
+
 # --- save_settings answers whether it saved ---
 set out [quietly { set r [vesk save_settings] }]
 check "save_settings result" $r 1
