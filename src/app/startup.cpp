@@ -11,6 +11,7 @@
 #include "app/tcl_bridge.h"
 #include "core/internal.h"
 #include "edit/selection.h"
+#include "texture/texture_table.h"
 #include "view/view_state.h"
 
 #include <climits>
@@ -47,6 +48,9 @@ void startup_core(void)
     init_prefs();
     init_views();
     world = new_world();
+    /* Before the scripts, which load the plug-ins: loaders a plug-in
+     * registers go in front of these. */
+    register_builtin_texture_loaders();
 }
 
 int startup_bind(Tcl_Interp *interp)
