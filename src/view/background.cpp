@@ -62,6 +62,7 @@ void set_background_image(int view, vkimage *image)
     BackgroundImage &b = background_images[view];
     if (b.image) free_vkimage(b.image);
     b.image = image;
+    b.serial++;
     if (image) place_image(view, b);
     request_redisplay(view);
 }
