@@ -210,7 +210,9 @@ int read_rle(const unsigned char *bytes, size_t size, const Dib &d, unsigned cha
         return 1;
     };
     while (y < h) {
-        if (size - i < 2) break; /* a missing end mark ends the picture */
+        /* A missing end mark ends the picture (the padding of the last
+         * absolute run may take i one past the end). */
+        if (i + 2 > size) break;
         unsigned n = bytes[i], v = bytes[i + 1];
         i += 2;
         if (n > 0) {
@@ -222,12 +224,12 @@ int read_rle(const unsigned char *bytes, size_t size, const Dib &d, unsigned cha
         } else if (v == 1) {
             break;
         } else if (v == 2) {
-            if (size - i < 2) break;
+            if (i + 2 > size) break;
             x += bytes[i], y += bytes[i + 1];
             i += 2;
         } else {
             size_t stored = four ? (v + 1) / 2 : v;
-            if (size - i < stored) {
+            if (i > size || size - i < stored) {
                 fprintf(stderr, "bmp file: the file ends inside a run\n");
                 return 0;
             }
