@@ -458,3 +458,29 @@ TEST(ImageReadersBad, HugeDimensionsAreRefusedBeforeAllocating)
     c = capture([&] { EXPECT_EQ(bmp_image_from_memory(bmp.data(), bmp.size(), "x"), nullptr); });
     EXPECT_TRUE(contains(c.err, "past the palette")) << c.err;
 }
+
+/* The seed images of the fuzz targets, and inputs the fuzzers once found
+ * wrong: each is read as a texture or refused, through every reader. */
+TEST(ImageReadersSeeds, EveryStoredImageReadsOrIsRefused)
+{
+    const char *home = getenv("VESK_HOME");
+    std::string images = std::string(home ? home : "..") + "/tests/data/images";
+    std::string list = "ls '" + images + "' 2>/dev/null";
+    FILE *p = popen(list.c_str(), "r");
+    ASSERT_NE(p, nullptr);
+    char line[512];
+    int files = 0;
+    while (fgets(line, sizeof line, p)) {
+        std::string name = images + "/" + std::string(line, strcspn(line, "\n"));
+        std::ifstream f(name, std::ios::binary);
+        std::vector<unsigned char> bytes((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
+        capture([&] {
+            free_vkimage(rgb_image_from_memory(bytes.data(), bytes.size(), "seed"));
+            free_vkimage(gif_image_from_memory(bytes.data(), bytes.size(), "seed"));
+            free_vkimage(bmp_image_from_memory(bytes.data(), bytes.size(), "seed"));
+        });
+        files++;
+    }
+    pclose(p);
+    EXPECT_GT(files, 10);
+}
