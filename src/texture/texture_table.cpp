@@ -78,11 +78,12 @@ void texture_build(vkimage *image)
     texture_gl.build(image);
 }
 
-/* Adds the Texture menu entry of a new id.  The name comes from a model
- * file or a dialog, so it goes to Tk as one word and is never evaluated. */
-static void texture_menu_add(const char *name, int id)
+/* Adds the Texture menu entry of a new id (and before the first, a
+ * separator).  The name comes from a model file or a dialog, so it goes to
+ * Tk as one word and is never evaluated. */
+void create_texture_menubutton(const char *name, int id)
 {
-    if (!frontend.has_tk || !tcl_interp) return;
+    if (!frontend.has_tk || !tcl_interp || !name) return;
     if (id == 1) tcl_command(".mbar.object.menu.texture add separator");
     char command[64];
     snprintf(command, sizeof command, "vesk set_texture %d", id);
@@ -117,7 +118,7 @@ static int texture_add_image(vkimage *image)
     }
     textures[++highest_id] = image;
     texture_build(image);
-    texture_menu_add(image->name, highest_id);
+    create_texture_menubutton(image->name, highest_id);
     return highest_id;
 }
 

@@ -44,6 +44,8 @@ int texture_register_name(const char *filename);
 void object_set_init_texture(Object *object, const char *filename);
 vkimage *texture_id_to_image(int id);
 int texture_highest_id(void);
+/* Adds the Texture menu entry "vesk set_texture <id>" labelled name. */
+void create_texture_menubutton(const char *name, int id);
 /* Builds the GL texture of an image when a 3D view exists. */
 void texture_build(vkimage *image);
 /* 1 for 2, 4, 8, ...; 0 for everything else. */
