@@ -134,16 +134,19 @@ int palette_colour(const Dib &d, unsigned index, unsigned char *out)
     return 1;
 }
 
-/* A field of a pixel scaled to 0..255. */
+/* A field of a pixel widened to 0..255 by repeating its bits (31 of 5
+ * bits gives 255, 16 gives 132), as common decoders widen them. */
 unsigned char mask_value(uint32_t pixel, uint32_t mask)
 {
     if (!mask) return 0;
-    int shift = 0;
+    int shift = 0, bits = 0;
     while (!((mask >> shift) & 1)) shift++;
-    uint32_t top = mask >> shift;
+    while (shift + bits < 32 && ((mask >> (shift + bits)) & 1)) bits++;
     uint32_t v = (pixel & mask) >> shift;
-    if (top == 255) return (unsigned char)v;
-    return (unsigned char)((v * 255 + top / 2) / top);
+    if (bits >= 8) return (unsigned char)(v >> (bits - 8));
+    uint32_t out = v << (8 - bits);
+    for (int filled = bits; filled < 8; filled += bits) out |= out >> bits;
+    return (unsigned char)out;
 }
 
 /* Converts one stored row (bottom-up order already chosen) to RGB. */

@@ -323,8 +323,10 @@ TEST_F(ImageReaders, BmpPaletteAndTrueColourDepths)
     ASSERT_TRUE(run("convert src.ppm -colors 100 BMP3:m8.bmp && convert src.ppm BMP3:m24.bmp"));
     ASSERT_TRUE(run("convert src.pam BMP:m32.bmp && convert src.ppm -define bmp:format=bmp4 BMP:m24v4.bmp"));
     ASSERT_TRUE(run("convert src.ppm -colors 100 -compress RLE BMP3:r8.bmp"));
+    ASSERT_TRUE(run("convert src.ppm -define bmp:subtype=RGB565 BMP:b565.bmp"));
+    ASSERT_TRUE(run("convert src.ppm -define bmp:subtype=RGB555 BMP:b555.bmp"));
     for (const char *name : {"b1.bmp", "b4.bmp", "b8.bmp", "b24.bmp", "os2.bmp", "m1.bmp", "m4.bmp", "m8.bmp",
-                             "m24.bmp", "m32.bmp", "m24v4.bmp", "r8.bmp"}) {
+                             "m24.bmp", "m32.bmp", "m24v4.bmp", "r8.bmp", "b565.bmp", "b555.bmp"}) {
         expect_same_as_imagemagick(BMPImageLoad, name, 3);
     }
 }
