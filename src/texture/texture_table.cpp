@@ -14,6 +14,8 @@
 TextureGl texture_gl;
 
 static vkimage *textures[TEXTURE_SLOTS];
+/* Images replaced by a reload. */
+static std::vector<vkimage *> retired_images;
 static int highest_id = 0;
 
 int texture_highest_id(void) { return highest_id; }
@@ -137,8 +139,9 @@ int add_new_texture(const char *filename)
         /* A name kept without an image is no texture to fall back on. */
         return textures[id]->data ? id : 0;
     }
-    /* The old image stays allocated: a kept frame or a drawing may still
-     * refer to its GL texture. */
+    /* The old image is kept, never freed: a kept frame or a drawing may
+     * still refer to it or to its GL texture. */
+    retired_images.push_back(textures[id]);
     textures[id] = image;
     texture_build(image);
     redraw_3d();
