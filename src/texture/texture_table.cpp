@@ -14,8 +14,9 @@
 TextureGl texture_gl;
 
 static vkimage *textures[TEXTURE_SLOTS];
-/* Images replaced by a reload. */
-static std::vector<vkimage *> retired_images;
+/* Images replaced by a reload (a plain list: it must outlive the static
+ * destructors, as the images it holds do). */
+static List *retired_images = nullptr;
 static int highest_id = 0;
 
 int texture_highest_id(void) { return highest_id; }
@@ -141,7 +142,7 @@ int add_new_texture(const char *filename)
     }
     /* The old image is kept, never freed: a kept frame or a drawing may
      * still refer to it or to its GL texture. */
-    retired_images.push_back(textures[id]);
+    list_add_item_head(&retired_images, textures[id]);
     textures[id] = image;
     texture_build(image);
     redraw_3d();
