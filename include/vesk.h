@@ -422,6 +422,51 @@ const char *vk_get_open_filename(const char *title, const char **filters);
 const char *vk_get_save_filename(const char *title, const char **filters);
 long vk_get_filesize(const char *filename);
 
+/* ------------------------------------------------------------------ */
+/* Textures                                                            */
+/* ------------------------------------------------------------------ */
+
+/* One loaded image.  Texture ids start at 1; 0 means no texture. */
+typedef struct vkimage {
+    uint16_t width;             /* pixels per row */
+    uint16_t height;            /* rows */
+    uint16_t depth;             /* bytes per pixel: 1 grey, 2 grey + alpha, 3 RGB, 4 RGBA */
+    unsigned char *data;        /* rows from the bottom up, tightly packed, from myalloc */
+    uint32_t texture_handle;    /* OpenGL texture (or display list) once built, 0 before */
+    char *name;                 /* the file the image was read from */
+    int32_t alpha_flags;        /* 1 some alpha 255, 2 some alpha 0, 16 some alpha between */
+} vkimage;
+
+/* A texture loader reads one file and returns a new image, or NULL with
+ * its own message when it can't. */
+typedef vkimage *(*vk_texture_load_function)(const char *filename);
+
+typedef struct TextureLoader {
+    char *suffix;               /* with its dot, such as ".gif" */
+    char *description;
+    vk_texture_load_function load;
+} TextureLoader;
+
+/* Registers a loader in front of all others (matched by suffix, case
+ * ignored); NULL when memory is short. */
+TextureLoader *vk_register_texture_loader(const char *suffix, const char *description,
+                                          vk_texture_load_function function);
+/* A new image with all numbers 0, no data and a copy of name. */
+vkimage *new_vkimage(const char *name);
+void vk_image_set_dim(vkimage *image, int width, int height, int depth);
+/* Hands the pixel array (allocated with myalloc) to the image. */
+void vk_image_set_data(vkimage *image, unsigned char *data);
+void free_vkimage(vkimage *image);
+/* Reads an image with the loader registered for its suffix; NULL when
+ * none can (the user has been told why). */
+vkimage *texture_read(const char *filename);
+/* The id of the texture read from exactly this file name, or -1. */
+int texture_find_by_name(const char *filename);
+/* The file name of a texture id; NULL for an id without an image. */
+const char *texture_id_to_name(int id);
+/* Loads (or reloads) a texture into the table; its id, or 0. */
+int add_new_texture(const char *filename);
+
 /* Empty hooks kept for plug-ins and call sites. */
 void init_ui(void);
 void set_busy_cursor(void);

@@ -2,7 +2,9 @@
 # Fuzzes the model file reader: builds fuzz/fuzz_vk_reader with clang
 # (libFuzzer, AddressSanitizer, UndefinedBehaviorSanitizer) in its own
 # build directory and runs it for the given number of seconds (default
-# 30), starting from the model files of the tests.  Crashing inputs are
+# 30), starting from the model files of the tests.  Then each image
+# reader's target runs for a few seconds (VESK_FUZZ_IMAGE_SECONDS, default
+# 8) from the small images of tests/data/images.  Crashing inputs are
 # left in the build directory and make the script fail.
 #   usage: scripts/run-fuzz.sh [seconds]
 set -euo pipefail
@@ -14,7 +16,8 @@ mkdir -p "$build"
 CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVESK_FUZZ=ON \
     -DVESK_SANITIZE=ON -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_BENCH=OFF > "$build/cmake.log" 2>&1 ||
     { cat "$build/cmake.log"; exit 1; }
-cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader
+image_targets=(fuzz_image_sgi fuzz_image_gif fuzz_image_bmp fuzz_image_png_jpeg)
+cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader "${image_targets[@]}"
 
 corpus="$build/corpus"
 rm -rf "$corpus" && mkdir -p "$corpus"
@@ -24,3 +27,20 @@ export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 "$build/fuzz/fuzz_vk_reader" -max_total_time="$seconds" -max_len=65536 -timeout=20 -rss_limit_mb=2048 \
     -close_fd_mask=2 -artifact_prefix="$build/artifacts/" -print_final_stats=1 "$corpus"
+
+# The image readers, each briefly, from the seed images it reads.
+image_seconds=${VESK_FUZZ_IMAGE_SECONDS:-8}
+for target in "${image_targets[@]}"; do
+    case $target in
+    fuzz_image_sgi) seeds="tests/data/images/*.rgb" ;;
+    fuzz_image_gif) seeds="tests/data/images/*.gif" ;;
+    fuzz_image_bmp) seeds="tests/data/images/*.bmp" ;;
+    *) seeds="tests/data/images/*.png tests/data/images/*.jpg" ;;
+    esac
+    image_corpus="$build/corpus_$target"
+    rm -rf "$image_corpus" && mkdir -p "$image_corpus"
+    # shellcheck disable=SC2086
+    cp $seeds "$image_corpus"/
+    "$build/fuzz/$target" -max_total_time="$image_seconds" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
+        -close_fd_mask=2 -artifact_prefix="$build/artifacts/$target-" -print_final_stats=1 "$image_corpus"
+done

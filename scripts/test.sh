@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds VESK from scratch and runs every test: first a normal build with
 # warnings fatal, then the same suite under AddressSanitizer and
-# UndefinedBehaviorSanitizer, with a short fuzzing run of the file reader
+# UndefinedBehaviorSanitizer, with a short fuzzing run of the file readers
 # between the two when clang is available.  Installs the Debian packages
 # it needs first.
 set -euo pipefail
@@ -19,7 +19,7 @@ cmake --build build-test -j"$jobs"
 (cd build-test && ctest -j"$jobs" --timeout 900)
 
 if [ -x scripts/run-fuzz.sh ] && command -v clang++ >/dev/null; then
-  echo "== fuzz the model file reader"
+  echo "== fuzz the model file and image readers"
   ./scripts/run-fuzz.sh 30
 fi
 

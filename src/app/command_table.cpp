@@ -14,13 +14,15 @@
 #include "edit/undo.h"
 #include "edit/object_ops.h"
 #include "edit/transform.h"
+#include "texture/texture_table.h"
+#include "view/background.h"
 
 #define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
 
 Command builtin_commands[] = {
     {"add_text", CMDFN(add_text), 1, "s", "<string text>", nullptr},
     {"clear_all", CMDFN(command_clear_all), 0, nullptr, nullptr, "delete everything"},
-    {"clear_background_image", CMDFN(not_available_d), 1, "d", "<win>", "remove a background image from an orth window"},
+    {"clear_background_image", CMDFN(clear_background_image), 1, "d", "<win>", "remove a background image from an orth window"},
     {"clear_selection", CMDFN(clear_selection_refresh), 0, nullptr, nullptr, "clear selection and redraw windows"},
     {"clipboard_copy", CMDFN(clipboard_copy), 0, nullptr, nullptr, nullptr},
     {"clipboard_cut", CMDFN(clipboard_cut), 0, nullptr, nullptr, nullptr},
@@ -37,8 +39,8 @@ Command builtin_commands[] = {
     {"do_perspective", CMDFN(command_do_perspective), 0, nullptr, nullptr, "reconfigure the perspective of the 3D window"},
     {"duplicate", CMDFN(duplicate_selected), 0, nullptr, nullptr, "clone selected and translate by one grid cell"},
     {"execute_surface_filter", CMDFN(execute_surface_filter), 1, "s", "<filtername>", "run a surface filter on each selected surface"},
-    {"file_select_texture", CMDFN(not_available_none), 0, nullptr, nullptr, "open a texture file dialog and load a texture"},
-    {"file_select_background_image", CMDFN(not_available_d), 1, "d", "<windownum>", "open a texture file dialog and load as a background image"},
+    {"file_select_texture", CMDFN(file_select_texture), 0, nullptr, nullptr, "open a texture file dialog and load a texture"},
+    {"file_select_background_image", CMDFN(file_select_background_image), 1, "d", "<windownum>", "open a texture file dialog and load as a background image"},
     {"fit_selected_all", CMDFN(fit_selected_all), 0, nullptr, nullptr, "Fit selection to orth views"},
     {"fit_all", CMDFN(fit_all), 0, nullptr, nullptr, "Fit model to orth views"},
     {"get_3d_cursor", CMDFN(tcl_get_3d_cursor), 0, nullptr, nullptr, nullptr},
@@ -63,9 +65,9 @@ Command builtin_commands[] = {
     {"get_info", CMDFN(command_get_info), 0, nullptr, nullptr, "get details about current model"},
     {"list", CMDFN(command_list), 0, nullptr, nullptr, nullptr},
     {"load_vk", CMDFN(command_load_vk_object), 1, "s", "<filename>", "load an VESK format file"},
-    {"add_new_texture", CMDFN(not_available_s), 1, "s", "<filename>", nullptr},
-    {"load_and_set_new_texture", CMDFN(not_available_s), 1, "s", "<filename>", nullptr},
-    {"load_background_image", CMDFN(not_available_sd), 2, "sd", "<filename> <windownum>", "Load named picture file into the bcakground of window"},
+    {"add_new_texture", CMDFN(command_add_new_texture), 1, "s", "<filename>", nullptr},
+    {"load_and_set_new_texture", CMDFN(command_load_and_set_new_texture), 1, "s", "<filename>", nullptr},
+    {"load_background_image", CMDFN(load_background_image), 2, "sd", "<filename> <windownum>", "Load named picture file into the bcakground of window"},
     {"menu_about", CMDFN(about_menu), 0, nullptr, nullptr, nullptr},
     {"mirror", CMDFN(command_mirror), 1, "d", "<int axis>", "mirror selected about specified axis"},
     {"move", CMDFN(move_selection_f), 3, "fff", "<float x> <float y> <float z>", "translate selection (relative)"},
@@ -107,12 +109,12 @@ Command builtin_commands[] = {
     {"save_vk", CMDFN(command_save_vk), 1, "s", "<filename>", "save an VESK format file"},
     {"save_selection_vk", CMDFN(command_save_selection_vk), 1, "s", "<filename>", "save the selection in an VESK format file"},
     {"save_settings", CMDFN(save_prefs), 0, nullptr, nullptr, nullptr},
-    {"set_no_texture", CMDFN(not_available_none), 0, nullptr, nullptr, nullptr},
+    {"set_no_texture", CMDFN(selected_texture_off), 0, nullptr, nullptr, nullptr},
     {"scale", CMDFN(command_scale), 3, "fff", "<float scale-x> <float scale-y> <float scale-z>", nullptr},
     {"select_all", CMDFN(select_all), 0, nullptr, nullptr, nullptr},
     {"select_by_name", CMDFN(select_by_name), 1, "s", "<string name>", nullptr},
     {"select_part_selected_surfaces", CMDFN(select_part_selected_surfaces), 0, nullptr, nullptr, "select all vertices in surfaces that are part selected"},
-    {"selected_texture_off", CMDFN(not_available_none), 0, nullptr, nullptr, "set no textures on all selected"},
+    {"selected_texture_off", CMDFN(selected_texture_off), 0, nullptr, nullptr, "set no textures on all selected"},
     {"set_col", CMDFN(set_selected_surfaces_col_index), 1, "d", "<int colindex>", "set selected surfaces to this col"},
     {"set_current_object_data", CMDFN(set_current_object_data), 1, "s", "<string new-data>", nullptr},
     {"set_current_object_name", CMDFN(set_current_object_name), 1, "s", "<string new-name>", nullptr},
@@ -123,8 +125,8 @@ Command builtin_commands[] = {
     {"set_view_3d_cursor", CMDFN(set_3d_view_cursor), 0, nullptr, nullptr, "centre view about cursor"},
     {"set_view_3d_origin", CMDFN(set_3d_view_origin), 0, nullptr, nullptr, "centre view about origin"},
     {"set_select_mode", CMDFN(set_new_select_mode), 1, "d", "<int select-mode-num>", nullptr},
-    {"set_texture", CMDFN(not_available_d), 1, "d", "<int texture-num>", nullptr},
-    {"set_texture_repeats", CMDFN(not_available_ff), 2, "ff", "<float rx> <float ry>", nullptr},
+    {"set_texture", CMDFN(texture_set), 1, "d", "<int texture-num>", nullptr},
+    {"set_texture_repeats", CMDFN(selected_set_texture_repeats), 2, "ff", "<float rx> <float ry>", nullptr},
     {"set_palette_entry", CMDFN(command_set_palette_entry), 15, "dffffffffffffff", "<int entrynum> <float red> <float green> <float blue>  <float ambient-red> <float ambient-green> <float ambient-blue> <float emissive-red> <float emissive-green> <float emissive-blue> <float specular-red> <float specular-green> <float specular-blue> <float shininess> <float transp>", nullptr},
     {"set_surface_type", CMDFN(set_selected_surface_type), 1, "d", "<int surfacetype>", nullptr},
     {"set_walk_viewer", CMDFN(command_set_walk_viewer), 0, nullptr, nullptr, nullptr},
@@ -144,7 +146,7 @@ Command builtin_commands[] = {
     {"surface_spline", CMDFN(spline_selected), 0, nullptr, nullptr, nullptr},
     {"surface_subdivide", CMDFN(selected_subdivide_surfaces), 0, nullptr, nullptr, nullptr},
     {"surface_triangulate", CMDFN(selected_surface_triangulate), 0, nullptr, nullptr, nullptr},
-    {"texture_set", CMDFN(not_available_d), 1, "d", "<int texture-index>", "set this texture on all selected objects"},
+    {"texture_set", CMDFN(texture_set), 1, "d", "<int texture-index>", "set this texture on all selected objects"},
     {"ungroup", CMDFN(ungroup_selected_objects), 0, nullptr, "ungroup", "ungroup selected objects"},
     {"undo", CMDFN(UNDO), 0, nullptr, nullptr, "undo"},
     {"unhide", CMDFN(show_all), 0, nullptr, nullptr, "undo"},

@@ -12,6 +12,7 @@
 #include "app/tcl_bridge.h"
 #include "core/internal.h"
 #include "edit/selection.h"
+#include "texture/texture_table.h"
 #include "view/view_state.h"
 
 #include <climits>
@@ -53,6 +54,9 @@ void startup_core(void)
     init_views();
     world = new_world();
     register_added_commands();
+    /* Before the scripts, which load the plug-ins: loaders a plug-in
+     * registers go in front of these. */
+    register_builtin_texture_loaders();
 }
 
 int startup_bind(Tcl_Interp *interp)

@@ -14,6 +14,8 @@
 #include "app/shared_state.h"
 #include "app/tcl_bridge.h"
 #include "core/internal.h"
+#include "texture/texture_gl.h"
+#include "texture/texture_table.h"
 #include "view/interaction.h"
 #include "view/render_gl.h"
 #include "view/view_state.h"
@@ -361,8 +363,23 @@ static void set_view_cursor(int view, const char *cursor)
     for (Tcl_Obj *w : words) Tcl_DecrRefCount(w);
 }
 
+/* Makes the 3D view's context current for building textures. */
+static int make_3d_current(void)
+{
+    ViewSlot &s = slots[3];
+    if (!s.togl) return 0;
+    Togl_MakeCurrent(s.togl);
+    if (!s.gl_ready) {
+        init_3d_gl(prefs.win3d_width, prefs.win3d_height);
+        s.gl_ready = 1;
+    }
+    return 1;
+}
+
 int create_ui(Tcl_Interp *interp)
 {
+    texture_gl.make_3d_current = make_3d_current;
+    texture_gl.build = texture_build_gl;
     frontend.pick = pick_in_view;
     frontend.set_cursor = set_view_cursor;
     frontend.window_geometry = window_geometry;

@@ -10,6 +10,7 @@
 #include "app/prefs.h"
 #include "app/shared_state.h"
 #include "edit/selection.h"
+#include "texture/texture_gl.h"
 #include "view/redraw.h"
 #include "view/view_state.h"
 
@@ -223,6 +224,11 @@ static void draw_centre_mark(Object *o, int selected, int view)
 static void draw_object_surfaces(Object *o, int selected, int view)
 {
     SurfaceStyle style = {GL_LINE_LOOP, 0, 0};
+    if (!render_state.orth_drawing && view_3d_textures && o->texture && texture_bind(o->texture)) {
+        style.texturing = 1;
+        render_state.texture_repeat[0] = o->texture_repeat_x;
+        render_state.texture_repeat[1] = o->texture_repeat_y;
+    }
     if (render_state.orth_drawing) {
         set_col(selected ? 3 : 2);
         glDisable(GL_LIGHTING);
@@ -239,6 +245,7 @@ static void draw_object_surfaces(Object *o, int selected, int view)
         else draw_surface_3d(s, &style, &previous);
     }
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    if (style.texturing) glDisable(GL_TEXTURE_2D);
     int show = render_state.orth_drawing ? prefs.show_vertices : prefs.show_vertices_3d;
     if (show && o->vertices) draw_vertices(o, selected);
     if (render_state.orth_drawing && prefs.show_object_centres) draw_centre_mark(o, selected, view);

@@ -9,6 +9,7 @@
 #include "app/prefs.h"
 #include "core/internal.h"
 #include "edit/selection.h"
+#include "view/background.h"
 #include "view/overlay.h"
 #include "view/picture_cache_gl.h"
 #include "view/redraw.h"
@@ -315,6 +316,13 @@ static unsigned long picture_key(int view, int width, int height)
                         prefs.show_object_centres, prefs.object_centre_size, selection.select_mode};
     h = picture_key_mix(h, ints, sizeof ints);
     h = picture_key_mix(h, &prefs.drawgrid, sizeof prefs.drawgrid);
+    if (view <= 2 && background_images[view].image) {
+        const BackgroundImage &b = background_images[view];
+        const unsigned background[] = {b.serial, (unsigned)prefs.use_textures_for_background_images};
+        h = picture_key_mix(h, background, sizeof background);
+        h = picture_key_mix(h, b.corner_a, sizeof b.corner_a);
+        h = picture_key_mix(h, b.corner_b, sizeof b.corner_b);
+    }
     return h;
 }
 
@@ -335,6 +343,7 @@ void redraw_orth_real(int view, int width, int height, int double_buffered)
         long_rgb_to_floats(prefs.col_background, &bg[0], &bg[1], &bg[2]);
         glClearColor(bg[0], bg[1], bg[2], 0.0f);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        draw_background_image(view, width, height);
         pixel_projection(width, height);
         draw_orth_grid(view, width, height);
         orth_model_projection(view, width, height);

@@ -118,6 +118,8 @@ answer_message_box yes
 wait_remote {!$unsaved_changes}
 check "yes: the save kept the file it replaced" [read_bytes $good~] $saved_bytes
 check "yes: file dialog" [choose_file_in_dialog $other] 1
+# Its texture file is not there: the reader says so, and the model opens.
+check_true "yes: the missing texture is reported" [string match "*gif load failed*" [answer_message_box ok]]
 wait_remote {[string match "*other.vk" $current_file_name]}
 check "yes: the other model opened" [state] [list 4 "VESK - other.vk" 0]
 
