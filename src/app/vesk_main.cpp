@@ -14,6 +14,7 @@
 #include "core/internal.h"
 #include "edit/selection.h"
 #include "fileio/vk_document.h"
+#include "platform/big_stack.h"
 #include "platform/signal_guard.h"
 #include "view/interaction.h"
 
@@ -140,7 +141,7 @@ static void load_start_model(int argc, char **argv)
     open_start_model(argv[1]);
 }
 
-int main(int argc, char **argv)
+static int vesk_main(int argc, char **argv)
 {
     Tcl_SetPanicProc(panic_proc);
     setlocale(LC_ALL, "C");
@@ -169,4 +170,9 @@ int main(int argc, char **argv)
     tcl_update();
     vesk_mainloop();
     return 0;
+}
+
+int main(int argc, char **argv)
+{
+    return run_on_big_stack(vesk_main, argc, argv);
 }

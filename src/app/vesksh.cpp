@@ -8,6 +8,7 @@
  */
 #include "app/autosave.h"
 #include "app/startup.h"
+#include "platform/big_stack.h"
 #include "vesk.h"
 #include "core/internal.h"
 
@@ -104,8 +105,13 @@ static int vesksh_init(Tcl_Interp *interp)
     return TCL_OK;
 }
 
-int main(int argc, char **argv)
+static int vesksh_main(int argc, char **argv)
 {
     Tcl_Main(argc, argv, vesksh_init);
     return 0;
+}
+
+int main(int argc, char **argv)
+{
+    return run_on_big_stack(vesksh_main, argc, argv);
 }

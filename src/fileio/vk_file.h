@@ -19,9 +19,11 @@
 
 enum {
     VK_FILE_VERSION = 11,
-    /* Objects nested deeper than this are not read: the rest of the
-     * program walks the tree recursively. */
-    VK_MAX_NESTING = 1000,
+    /* Objects nested deeper than this are not read.  The reader and the
+     * writer keep their own stacks; the rest of the program walks the
+     * tree recursively, on the big stack of its thread (see
+     * platform/big_stack.h). */
+    VK_MAX_NESTING = 250000,
 };
 
 /* Merges the file into the model under parent (normally the world).

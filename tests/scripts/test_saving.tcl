@@ -122,6 +122,34 @@ check_match "long texts: a message names the object" $out "*the name of object \
 check_match "long texts: and the line breaks" $out "*the url of object*holds line breaks*"
 check_match "long texts: the status line says so" $out "*2 names or urls will not read back as they are*"
 
+# --- a model 100,000 levels deep is edited, saved and read back whole ---
+set deep [file join $::scratch deep.vk]
+set fd [open $deep w]
+puts $fd "VESKb\nOBJECT world\nkids 1"
+for {set i 0} {$i < 100000} {incr i} { puts $fd "OBJECT group\nnumvert 1\n$i 1 2\nkids 1" }
+puts $fd "OBJECT poly\nname \"bottom\"\nkids 0"
+close $fd
+proc depth {} {
+    set n 0
+    set id [vesk get_world]
+    while {[set kids [vesk object_get_children $id]] ne ""} {
+        set id [lindex $kids 0]
+        incr n
+    }
+    return [list $n [vesk object_get_name $id]]
+}
+quietly { vesk new_model; set r [vesk open_vk $deep] }
+check "deep: opened" $r 1
+check "deep: every level" [depth] {100001 bottom}
+quietly { vesk select_all; vesk move 1 0 0; vesk undo; vesk move 0 0 1 }
+set deep_saved [file join $::scratch deep_saved.vk]
+quietly { set r [vesk save_vk $deep_saved] }
+check "deep: saved" $r 1
+quietly { vesk new_model; set r [vesk open_vk $deep_saved] }
+check "deep: read back" [list $r [depth]] {1 {100001 bottom}}
+check "deep: whole" [lindex [vesk_check_tree] 0] 0
+quietly { vesk new_model }
+
 # --- save_settings answers whether it saved ---
 set out [quietly { set r [vesk save_settings] }]
 check "save_settings result" $r 1

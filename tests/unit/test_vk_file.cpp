@@ -15,6 +15,7 @@
 #include "edit/transform.h"
 #include "fileio/number_scan.h"
 #include "fileio/vk_file.h"
+#include "platform/big_stack.h"
 #include "texture/texture_table.h"
 
 #include <charconv>
@@ -24,6 +25,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <sstream>
 #include <sys/resource.h>
@@ -785,16 +787,49 @@ TEST_F(VkFile, GarbageLongLinesAndNulBytes)
     EXPECT_EQ(r, 0);
 }
 
-TEST_F(VkFile, DeepNestingIsCapped)
+/* Runs body on a thread with the program's big stack, as the shells run
+ * everything: the model's recursive walks then reach any depth the
+ * reader takes. */
+void run_deep(const std::function<void()> &body)
 {
-    std::string text = HEADER;
-    text.reserve(20000000);
-    for (int i = 0; i < 1000000; i++) text += "OBJECT group\nkids 1\n";
-    int r = 0;
-    Captured c = load_text(dir, text, &r);
-    EXPECT_EQ(r, 0);
-    EXPECT_TRUE(contains(c.out, "nested more than 1000 deep")) << c.out.substr(0, 300);
-    EXPECT_EQ(count_objects(world), 1000);
+    static const std::function<void()> *current;
+    current = &body;
+    run_on_big_stack([](int, char **) {
+        (*current)();
+        return 0;
+    }, 0, nullptr);
+}
+
+TEST_F(VkFile, DeepNestingIsCappedFarBelowTheStack)
+{
+    run_deep([&] {
+        std::string text = HEADER;
+        text.reserve(7000000);
+        for (int i = 0; i < VK_MAX_NESTING + 50000; i++) text += "OBJECT group\nkids 1\n";
+        int r = 0;
+        Captured c = load_text(dir, text, &r);
+        EXPECT_EQ(r, 0);
+        EXPECT_TRUE(contains(c.out, "nested more than 250000 deep")) << c.out.substr(0, 300);
+        EXPECT_EQ(count_objects(world), VK_MAX_NESTING);
+        reset_model();
+    });
+}
+
+TEST_F(VkFile, HundredThousandLevelsSaveAndLoadBack)
+{
+    run_deep([&] {
+        Object *parent = world;
+        for (int i = 0; i < 100000; i++) {
+            Object *o = add_object(parent, OBJECT_GROUP, "level");
+            o->centre[0] = (float)(i % 7);
+            add_vertex(o, (float)i, 1.0f, 2.0f);
+            parent = o;
+        }
+        std::string before = snapshot(false);
+        save_clear_load("deep.vk");
+        EXPECT_EQ(snapshot(false), before);
+        reset_model();
+    });
 }
 
 TEST_F(VkFile, ManyObjectsAndReferencesLoadInLinearTime)
