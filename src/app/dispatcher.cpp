@@ -6,6 +6,8 @@
  */
 #include "app/commands.h"
 #include "edit/model_check.h"
+#include "app/shared_state.h"
+#include "view/redraw.h"
 #include "core/internal.h"
 #include "platform/signal_guard.h"
 
@@ -255,6 +257,16 @@ static void debug_print_words(int argc, char **argv)
 static void check_model_after(const char *name)
 {
 #ifdef VESK_CHECKS
+    /* A command that changes the model or the selection asks for a
+     * redraw or marks the model changed; queries do neither, and are not
+     * checked, so that walking a big model by queries stays linear. */
+    static unsigned long checked_generation = (unsigned long)-1;
+    static int checked_unsaved = -1, checked_undo = -1;
+    if (model_generation == checked_generation && unsaved_changes == checked_unsaved && undo_count == checked_undo)
+        return;
+    checked_generation = model_generation;
+    checked_unsaved = unsaved_changes;
+    checked_undo = undo_count;
     char report[2048];
     if (model_check(report, sizeof report) == 0) return;
     fprintf(stderr, "VESK: the command '%s' left the model inconsistent - tell Orlo:\n%s", name, report);
