@@ -53,7 +53,7 @@ Command builtin_commands[] = {
     {"hide_selected", CMDFN(hide_selected), 0, nullptr, nullptr, nullptr},
     {"hide_unselected", CMDFN(hide_unselected), 0, nullptr, nullptr, nullptr},
     {"insert_vertex", CMDFN(selected_insert_vertex), 0, nullptr, nullptr, nullptr},
-    {"import_3ds", CMDFN(not_available_s), 1, "s", "<filename>", "load a 3D Studio file"},
+    {"import_3ds", CMDFN(command_import_3ds), 1, "s", "<filename>", "load a 3D Studio file"},
     {"import_dxf", CMDFN(not_available_s), 1, "s", "<filename>", "load a DXF file"},
     {"import_alias_tri", CMDFN(not_available_s), 1, "s", "<filename>", "load an Alias Triangle file"},
     {"import_tri", CMDFN(command_import_tri), 1, "s", "<filename>", "load a Triangle file"},

@@ -13,5 +13,6 @@ int command_write_inventor(char *filename);
 int write_tri(char *filename);
 
 int command_import_tri(char *filename);
+int command_import_3ds(char *filename);
 
 #endif

@@ -1,12 +1,14 @@
 /*
  * fileio/import_commands.cpp - the commands that read other programs'
- * files into the model: "import_tri" (and the others as they come).
- * Each leaves "1" (read) or "0" as its command result and marks the
+ * files into the model: "import_tri", "import_3ds", "import_alias_tri",
+ * "import_vrml" and "import_inventor".  Each leaves "1" (read) or "0" as
+ * its command result ("import_3ds": "0" read, "1" not) and marks the
  * model changed when something was added.
  */
 #include "app/commands.h"
 #include "app/linked_vars.h"
 #include "app/shared_state.h"
+#include "fileio/reader_3ds.h"
 #include "fileio/tri_file.h"
 
 static int finish(int ok)
@@ -26,4 +28,20 @@ int command_import_tri(char *filename)
     int ok = load_tri_file(filename);
     display_message(" ");
     return finish(ok);
+}
+
+int command_import_3ds(char *filename)
+{
+    unsigned long before = world->num_kids;
+    display_message("Loading 3DS...");
+    int result = import_3ds_file(filename);
+    if (result == 0) {
+        unsaved_changes = 1;
+        ui_update_linked_var(&unsaved_changes);
+        display_message("imported %lu objects from %s", (unsigned long)world->num_kids - before, filename);
+    } else {
+        display_message("%s was not imported - see the console", filename ? filename : "");
+    }
+    command_result_set(result ? "1" : "0");
+    return result;
 }
