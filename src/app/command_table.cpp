@@ -55,7 +55,7 @@ Command builtin_commands[] = {
     {"insert_vertex", CMDFN(selected_insert_vertex), 0, nullptr, nullptr, nullptr},
     {"import_3ds", CMDFN(command_import_3ds), 1, "s", "<filename>", "load a 3D Studio file"},
     {"import_dxf", CMDFN(not_available_s), 1, "s", "<filename>", "load a DXF file"},
-    {"import_alias_tri", CMDFN(not_available_s), 1, "s", "<filename>", "load an Alias Triangle file"},
+    {"import_alias_tri", CMDFN(command_import_alias_tri), 1, "s", "<filename>", "load an Alias Triangle file"},
     {"import_tri", CMDFN(command_import_tri), 1, "s", "<filename>", "load a Triangle file"},
     {"import_lightwave", CMDFN(not_available_s), 1, "s", "<filename>", "load a Lightwave file"},
     {"import_vector", CMDFN(not_available_s), 1, "s", "<filename>", "load a Vector file"},

@@ -8,6 +8,7 @@
 #include "app/commands.h"
 #include "app/linked_vars.h"
 #include "app/shared_state.h"
+#include "fileio/alias_tri.h"
 #include "fileio/reader_3ds.h"
 #include "fileio/tri_file.h"
 
@@ -44,4 +45,13 @@ int command_import_3ds(char *filename)
     }
     command_result_set(result ? "1" : "0");
     return result;
+}
+
+int command_import_alias_tri(char *filename)
+{
+    if (!filename || !*filename) return finish(0);
+    display_message("Loading Alias Tri...");
+    load_alias_tri_file(filename);
+    display_message(" ");
+    return finish(1);
 }
