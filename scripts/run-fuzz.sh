@@ -2,7 +2,9 @@
 # Fuzzes the model file reader: builds fuzz/fuzz_vk_reader with clang
 # (libFuzzer, AddressSanitizer, UndefinedBehaviorSanitizer) in its own
 # build directory and runs it for the given number of seconds (default
-# 30), starting from the model files of the tests.  Crashing inputs are
+# 30), starting from the model files of the tests.  Then the readers of
+# the exchange formats run a few seconds each (VESK_FUZZ_FORMAT_SECONDS,
+# default 5) from the files of tests/data/formats.  Crashing inputs are
 # left in the build directory and make the script fail.
 #   usage: scripts/run-fuzz.sh [seconds]
 set -euo pipefail
@@ -14,7 +16,7 @@ mkdir -p "$build"
 CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVESK_FUZZ=ON \
     -DVESK_SANITIZE=ON -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_BENCH=OFF > "$build/cmake.log" 2>&1 ||
     { cat "$build/cmake.log"; exit 1; }
-cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader
+cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader fuzz_3ds_reader fuzz_tri_reader fuzz_alias_reader fuzz_vrml1_reader
 
 corpus="$build/corpus"
 rm -rf "$corpus" && mkdir -p "$corpus"
@@ -24,3 +26,18 @@ export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 "$build/fuzz/fuzz_vk_reader" -max_total_time="$seconds" -max_len=65536 -timeout=20 -rss_limit_mb=2048 \
     -close_fd_mask=2 -artifact_prefix="$build/artifacts/" -print_final_stats=1 "$corpus"
+
+# The exchange-format readers, briefly each, every one from its own seeds.
+format_seconds=${VESK_FUZZ_FORMAT_SECONDS:-5}
+run_format() {
+    local target=$1; shift
+    local dir="$build/corpus_$target"
+    rm -rf "$dir" && mkdir -p "$dir"
+    cp "$@" "$dir"/
+    "$build/fuzz/$target" -max_total_time="$format_seconds" -max_len=65536 -timeout=20 -rss_limit_mb=2048 \
+        -close_fd_mask=2 -artifact_prefix="$build/artifacts/$target-" -print_final_stats=1 "$dir"
+}
+run_format fuzz_3ds_reader tests/data/formats/*.3ds
+run_format fuzz_tri_reader tests/data/formats/two.tri
+run_format fuzz_alias_reader tests/data/formats/two_alias.tri
+run_format fuzz_vrml1_reader tests/data/formats/*.wrl tests/data/formats/*.iv

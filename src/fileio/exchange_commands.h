@@ -15,5 +15,6 @@ int write_tri(char *filename);
 int command_import_tri(char *filename);
 int command_import_3ds(char *filename);
 int command_import_alias_tri(char *filename);
+int import_vrml(char *filename);
 
 #endif

@@ -11,6 +11,8 @@
 #include "fileio/alias_tri.h"
 #include "fileio/reader_3ds.h"
 #include "fileio/tri_file.h"
+#include "fileio/vrml1_reader.h"
+#include "view/redraw.h"
 
 static int finish(int ok)
 {
@@ -53,5 +55,20 @@ int command_import_alias_tri(char *filename)
     display_message("Loading Alias Tri...");
     load_alias_tri_file(filename);
     display_message(" ");
+    return finish(1);
+}
+
+/* "import_vrml" and "import_inventor": both formats are read alike. */
+int import_vrml(char *filename)
+{
+    if (!filename || !*filename) return finish(0);
+    display_message("Loading VRML...");
+    long added = read_vrml1_file(filename);
+    if (added < 0) {
+        display_message("%s was not imported - see the console", filename);
+        return finish(0);
+    }
+    fit_selected_all();
+    display_message("imported %ld objects from %s", added, filename);
     return finish(1);
 }
