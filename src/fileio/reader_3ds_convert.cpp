@@ -72,14 +72,18 @@ int convert_3ds(const Raw3dsModel *model, const char *directory)
     std::vector<int> palette = palette_indices(model);
     clear_selection();
     int made = 0;
+    List *made_list = nullptr, *tail = nullptr;
     for (const Raw3dsObject &raw : model->objects) {
         Object *o = convert_object(raw, palette);
         o->texture = (uint8_t)object_texture(raw, model, directory);
         object_calc_normals_force(o);
         object_add_child(world, o);
-        select_object(o);
+        tail = list_add_item_fast(&made_list, tail, o);
         made++;
     }
+    /* Selected together: the selection box is found once. */
+    select_objectlist(made_list);
+    list_free(&made_list);
     return made;
 }
 

@@ -1,7 +1,8 @@
 /*
  * fileio/reader_3ds_source.cpp - the two sources the 3DS parse reads
  * from, a file and a block of memory, each with the same five
- * operations.  Words are little-endian whatever the machine.  A failed
+ * operations.  Words are little-endian whatever the machine.  The file
+ * is read a word at a time, so without stdio's locking.  A failed
  * operation prints its message once and marks the source failed, which
  * ends the parse.
  */
@@ -22,7 +23,7 @@ static int file_read_bytes(Source3ds *s, void *out, long n)
 {
     if (s->failed) return 0;
     if (n <= 0) return 1;
-    if (fread(out, 1, (size_t)n, s->file) != (size_t)n) return fail(s, "Error reading file (offset %d)\n", ftell(s->file));
+    if (fread_unlocked(out, 1, (size_t)n, s->file) != (size_t)n) return fail(s, "Error reading file (offset %d)\n", ftell(s->file));
     return 1;
 }
 
@@ -30,7 +31,7 @@ static int file_read16(Source3ds *s, uint16_t *out)
 {
     unsigned char b[2];
     if (s->failed) return 0;
-    if (fread(b, 1, 2, s->file) != 2) return fail(s, "Error reading word in file (offset %d)\n", ftell(s->file));
+    if (fread_unlocked(b, 1, 2, s->file) != 2) return fail(s, "Error reading word in file (offset %d)\n", ftell(s->file));
     *out = (uint16_t)(b[0] | b[1] << 8);
     return 1;
 }
@@ -39,7 +40,7 @@ static int file_read32(Source3ds *s, uint32_t *out)
 {
     unsigned char b[4];
     if (s->failed) return 0;
-    if (fread(b, 1, 4, s->file) != 4) return fail(s, "Error reading file (offset %d)\n", ftell(s->file));
+    if (fread_unlocked(b, 1, 4, s->file) != 4) return fail(s, "Error reading file (offset %d)\n", ftell(s->file));
     *out = (uint32_t)b[0] | (uint32_t)b[1] << 8 | (uint32_t)b[2] << 16 | (uint32_t)b[3] << 24;
     return 1;
 }

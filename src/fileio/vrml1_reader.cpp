@@ -800,13 +800,16 @@ long commit(Reader *r)
     for (Object *o : all) object_calc_normals_force(o);
     clear_selection();
     long added = 0;
+    List *made = nullptr, *tail = nullptr;
     while (r->root->kids) {
         Object *o = (Object *)r->root->kids->item;
         object_remove_child_nocleanup(r->root, o);
         object_add_child(world, o);
-        select_object(o);
+        tail = list_add_item_fast(&made, tail, o);
         added++;
     }
+    select_objectlist(made);
+    list_free(&made);
     scan_lights();
     if (r->bad_indices) {
         console_printf("VRML reader: %ld indices named no point and were left out\n", r->bad_indices);
