@@ -168,6 +168,9 @@ TEST_F(WritersThirdParty, Primitives)
     Object *textured = (Object *)world->kids->item;
     textured->texture = (uint8_t)texture_register_name("brick.rgb");
     textured->texture_repeat_x = 2;
+    object_set_url(textured, "http://example.com/cube");
+    object_set_name(textured, "textured cube");
+    object_reparent((Object *)world->kids->next->item, textured);   /* a child inside the anchor */
     all_settings("solids");
     clear_world_children();
     capture([&] {
