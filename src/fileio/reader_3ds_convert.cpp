@@ -4,6 +4,7 @@
  * reverse of the file's), materials through the palette by colour, and
  * the file reader that parses a file and converts it.
  */
+#include "core/internal.h"
 #include "edit/primitive_append.h"
 #include "edit/selection.h"
 #include "fileio/reader_3ds.h"
@@ -67,7 +68,7 @@ static Object *convert_object(const Raw3dsObject &raw, const std::vector<int> &p
     return o;
 }
 
-int convert_3ds(const Raw3dsModel *model, const char *directory)
+static int convert_objects(const Raw3dsModel *model, const char *directory)
 {
     std::vector<int> palette = palette_indices(model);
     clear_selection();
@@ -84,6 +85,23 @@ int convert_3ds(const Raw3dsModel *model, const char *directory)
     /* Selected together: the selection box is found once. */
     select_objectlist(made_list);
     list_free(&made_list);
+    return made;
+}
+
+/* About what the model records of the raw records take, so that the
+ * allocator can fault that memory in ahead of the conversion. */
+static size_t expected_bytes(const Raw3dsModel *model)
+{
+    size_t bytes = 0;
+    for (const Raw3dsObject &raw : model->objects) bytes += (size_t)raw.num_vertices * 80 + (size_t)raw.num_faces * 200;
+    return bytes;
+}
+
+int convert_3ds(const Raw3dsModel *model, const char *directory)
+{
+    memory_prefault_begin(expected_bytes(model));
+    int made = convert_objects(model, directory);
+    memory_prefault_end();
     return made;
 }
 
