@@ -89,7 +89,8 @@ void check_model(const std::string &label)
         int ok = 0;
         capture([&] { ok = f.writer(path.c_str()); });
         ASSERT_EQ(ok, 1);
-        std::string out = run(std::string(VESK_COIN_CHECK) + " '" + path + "' 2>&1");
+        /* Coin keeps a few blocks until exit: not ours to report. */
+        std::string out = run("ASAN_OPTIONS=detect_leaks=0 " + std::string(VESK_COIN_CHECK) + " '" + path + "' 2>&1");
         char expected[128];
         snprintf(expected, sizeof expected, "errors 0 triangles %ld lines %ld ", c.triangles, f.lines ? c.segments : 0L);
         EXPECT_TRUE(contains(out, expected)) << label << " " << f.name << ": " << out << " expected " << expected;
