@@ -7,6 +7,7 @@
  */
 #include "edit/surface_ops.h"
 #include "fileio/tri_file.h"
+#include "fileio/vrml_lists.h"
 #include "fileio/vrml_writer.h"
 #include "platform/safe_file.h"
 
@@ -24,8 +25,12 @@ static void write_triangle(FILE *file, Surface *triangle, long colour)
         p[i++] = v->point;
     }
     if (i < 3) return;
-    fprintf(file, "%g %g %g  %g %g %g  %g %g %g  0x%lX\n", p[0][0], p[0][1], p[0][2], p[1][0], p[1][1], p[1][2],
-            p[2][0], p[2][1], p[2][2], colour);
+    /* "%g %g %g  %g %g %g  %g %g %g  0x%X\n" */
+    for (int c = 0; c < 3; c++) {
+        vrml_put_triple(file, p[c]);
+        fputs("  ", file);
+    }
+    fprintf(file, "0x%lX\n", colour);
 }
 
 static void write_surface(FILE *file, Surface *s)

@@ -8,6 +8,34 @@
 #include "texture/texture_table.h"
 
 #include <cassert>
+#include <charconv>
+
+void vrml_put_number(FILE *file, float value)
+{
+    /* to_chars in the general form with a precision is printf's "%g". */
+    char buffer[48];
+    std::to_chars_result r = std::to_chars(buffer, buffer + sizeof buffer, (double)value, std::chars_format::general, 6);
+    fwrite_unlocked(buffer, 1, (size_t)(r.ptr - buffer), file);
+}
+
+void vrml_put_triple(FILE *file, const float *values)
+{
+    vrml_put_number(file, values[0]);
+    putc_unlocked(' ', file);
+    vrml_put_number(file, values[1]);
+    putc_unlocked(' ', file);
+    vrml_put_number(file, values[2]);
+}
+
+/* An index-list entry, "%d, ". */
+static void put_entry(FILE *file, long value)
+{
+    char buffer[32];
+    std::to_chars_result r = std::to_chars(buffer, buffer + sizeof buffer - 2, value);
+    r.ptr[0] = ',';
+    r.ptr[1] = ' ';
+    fwrite_unlocked(buffer, 1, (size_t)(r.ptr + 2 - buffer), file);
+}
 
 void vrml_lists_make(VrmlObjectLists *lists, Object *object)
 {
@@ -40,9 +68,8 @@ long vrml_vertex_number(const VrmlObjectLists *lists, Vertex *vertex)
 void vrml_write_points(FILE *file, const VrmlObjectLists *lists)
 {
     for (size_t i = 0; i < lists->vertices.size(); i++) {
-        const float *p = lists->vertices[i]->point;
         if (i) fputs(",\n", file);
-        fprintf(file, "%g %g %g", p[0], p[1], p[2]);
+        vrml_put_triple(file, lists->vertices[i]->point);
     }
 }
 
@@ -57,9 +84,9 @@ void vrml_write_coord_index(FILE *file, const VrmlObjectLists *lists, const std:
             long n = vrml_vertex_number(lists, ((SVertex *)r->item)->vertex);
             if (n < 0) continue;
             if (first < 0) first = n;
-            fprintf(file, "%ld, ", n);
+            put_entry(file, n);
         }
-        if (s->surface_kind == SURFACE_CLOSED_LINE && first >= 0) fprintf(file, "%ld, ", first);
+        if (s->surface_kind == SURFACE_CLOSED_LINE && first >= 0) put_entry(file, first);
         fputs("-1", file);
         if (i + 1 < surfaces.size()) fputs(",\n", file);
     }
@@ -82,7 +109,7 @@ int vrml_write_running_index(FILE *file, const std::vector<Surface *> &polygons,
     for (size_t i = 0; i < polygons.size(); i++) {
         for (List *r = polygons[i]->vertrefs; r; r = r->next) {
             if (!((SVertex *)r->item)->vertex) continue;
-            fprintf(file, "%d, ", counter++);
+            put_entry(file, counter++);
         }
         fputs("-1", file);
         if (i + 1 < polygons.size()) fputs(",\n", file);
@@ -103,7 +130,7 @@ int vrml_write_normals(FILE *file, const std::vector<Surface *> &polygons)
             if (!v) continue;
             const float *n = s->shading ? v->normal : s->normal;
             if (!first) fputs(", ", file);
-            fprintf(file, "%g %g %g", n[0], n[1], n[2]);
+            vrml_put_triple(file, n);
             first = 0;
             written++;
         }
@@ -121,7 +148,9 @@ void vrml_write_texture_points(FILE *file, const std::vector<Surface *> &polygon
     });
     for_each_reference(polygons, [&](size_t, SVertex *ref, bool end_of_polygon) {
         if (ref->vertex) {
-            fprintf(file, "%g %g", ref->u * scale_u, ref->v * scale_v);
+            vrml_put_number(file, ref->u * scale_u);
+            putc_unlocked(' ', file);
+            vrml_put_number(file, ref->v * scale_v);
             if (ref != last) fputs(", ", file);
         }
         if (end_of_polygon) fputs("\n", file);

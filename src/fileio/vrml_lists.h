@@ -23,6 +23,12 @@ struct VrmlObjectLists {
     std::vector<Surface *> lines;      /* closed lines and lines */
 };
 
+/* A number as "%g" writes it (six significant digits, the shortest of
+ * the fixed and exponent forms), without printf's cost per call. */
+void vrml_put_number(FILE *file, float value);
+/* Three numbers as "%g %g %g". */
+void vrml_put_triple(FILE *file, const float *values);
+
 /* Numbers the object's vertices and splits its surfaces, in list order. */
 void vrml_lists_make(VrmlObjectLists *lists, Object *object);
 /* The vertex's number in the object, or -1 for a reference to a vertex
