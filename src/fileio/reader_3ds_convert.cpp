@@ -74,11 +74,15 @@ static int convert_objects(const Raw3dsModel *model, const char *directory)
     clear_selection();
     int made = 0;
     List *made_list = nullptr, *tail = nullptr;
+    /* The world's last child, found once: files may hold many meshes. */
+    List *world_tail = world->kids ? list_end(world->kids) : nullptr;
     for (const Raw3dsObject &raw : model->objects) {
         Object *o = convert_object(raw, palette);
         o->texture = (uint8_t)object_texture(raw, model, directory);
         object_calc_normals_force(o);
-        object_add_child(world, o);
+        world_tail = list_add_item_fast(&world->kids, world_tail, o);
+        o->parent = world;
+        world->num_kids++;
         tail = list_add_item_fast(&made_list, tail, o);
         made++;
     }

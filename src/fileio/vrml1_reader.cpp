@@ -99,6 +99,10 @@ struct Reader {
     long work = 0, work_limit = 0;
     bool failed = false;
     bool in_own_separator = false;    /* the node read stands right inside its object's Separator */
+    /* Every vertex and surface is appended through these: walking an
+     * object's lists to their ends for each would cost n squared. */
+    std::unordered_map<Object *, ObjectAppender> appenders;
+    std::unordered_map<Object *, List *> kid_tails;   /* last node of each parent's kids */
 };
 
 void fail(Reader *r, const char *format, long a = 0, long b = 0)
@@ -246,13 +250,33 @@ float float_of(Reader *r, const Field *f, float fallback)
 
 /* ---- objects ---- */
 
+/* object_add_child without the walk to the end of the parent's kids. */
+void add_child(Reader *r, Object *parent, Object *child)
+{
+    auto found = r->kid_tails.find(parent);
+    List *tail = found != r->kid_tails.end() ? found->second : (parent->kids ? list_end(parent->kids) : nullptr);
+    r->kid_tails[parent] = list_add_item_fast(&parent->kids, tail, child);
+    child->parent = parent;
+    parent->num_kids++;
+}
+
+ObjectAppender *appender_of(Reader *r, Object *o)
+{
+    auto found = r->appenders.find(o);
+    if (found == r->appenders.end()) {
+        found = r->appenders.emplace(o, ObjectAppender()).first;
+        appender_start(&found->second, o);
+    }
+    return &found->second;
+}
+
 Object *shape_object(Reader *r)
 {
     if (r->current != r->root) return r->current;
     /* Shapes outside every Separator: one object for them all. */
     if (!r->top_level_shapes) {
         r->top_level_shapes = new_object(OBJECT_NORMAL);
-        object_add_child(r->root, r->top_level_shapes);
+        add_child(r, r->root, r->top_level_shapes);
     }
     return r->top_level_shapes;
 }
@@ -273,7 +297,7 @@ Vertex *coordinate_vertex(Reader *r, Object *o, long index)
         float p[3];
         matrix4_apply(r->state.matrix, &c->points[index * 3], p);
         v = new_vertex_set(p[0], p[1], p[2]);
-        object_add_vertex(o, v);
+        appender_add_vertex(appender_of(r, o), v);
     }
     return v;
 }
@@ -351,7 +375,7 @@ void finish_surface(Reader *r, Object *o, Surface *s, int material)
     }
     if (r->state.clockwise) list_reverse(&s->vertrefs);
     if (material >= 0) r->surface_materials.emplace_back(s, material);
-    object_add_surface(o, s);
+    appender_add_surface(appender_of(r, o), s);
 }
 
 /* Splits an index list into runs ended by -1 (or any negative index). */
@@ -424,10 +448,9 @@ void read_line_set(Reader *r, const std::vector<Field> &fields)
 template <typename F> void read_primitive(Reader *r, F build)
 {
     Object *o = shape_object(r);
-    ObjectAppender append;
-    appender_start(&append, o);
-    List *last = o->surfaces ? list_end(o->surfaces) : nullptr;
-    build(&append);
+    ObjectAppender *append = appender_of(r, o);
+    List *last = append->surface_tail;
+    build(append);
     int material = material_for(r, 0);
     if (material < 0) return;
     for (List *l = last ? last->next : o->surfaces; l; l = l->next) {
@@ -521,7 +544,7 @@ void read_light(Reader *r, const std::vector<Field> &fields)
     if (at.size() >= 3) memcpy(local, at.data(), sizeof local);
     Object *light = new_light();
     matrix4_apply(r->state.matrix, local, light->centre);
-    object_add_child(r->current, light);
+    add_child(r, r->current, light);
 }
 
 std::string texture_name(const std::string &filename)
@@ -627,7 +650,7 @@ void open_group(Reader *r, std::vector<Frame> &stack, const std::string &type, b
         if (!r->pending_url.empty()) object_set_url(o, r->pending_url.c_str());
         r->pending_name.clear();
         r->pending_url.clear();
-        object_add_child(r->current, o);
+        add_child(r, r->current, o);
         f.object = o;
         r->current = o;
     }
@@ -636,7 +659,7 @@ void open_group(Reader *r, std::vector<Frame> &stack, const std::string &type, b
 
 bool object_is_empty(Object *o)
 {
-    return !o->vertices && !o->surfaces && !o->kids && !(o->url && o->url[0]);
+    return o->type != OBJECT_LIGHT && !o->vertices && !o->surfaces && !o->kids && !(o->url && o->url[0]);
 }
 
 void close_group(Reader *r, Frame &f, size_t end)
@@ -653,13 +676,7 @@ void close_group(Reader *r, Frame &f, size_t end)
         r->state = saved;
     }
     if (f.kind == FRAME_ANCHOR) r->pending_url.clear();
-    if (f.object) {
-        r->current = f.object_before;
-        if (object_is_empty(f.object)) {
-            object_remove_child_nocleanup(r->current, f.object);
-            object_free(f.object);
-        }
-    }
+    if (f.object) r->current = f.object_before;
 }
 
 void group_field(Reader *r, Frame &f, const std::string &name, size_t lo, size_t hi)
@@ -775,23 +792,67 @@ void collect_objects(Object *o, std::vector<Object *> *out)
     }
 }
 
+/* Drops the objects of Separators that turned out empty (no points, no
+ * surfaces, no url, no children left), deepest first, each parent's
+ * children rebuilt once. */
+void prune_empty(Object *root)
+{
+    std::vector<std::pair<Object *, bool>> stack(1, {root, false});
+    while (!stack.empty()) {
+        auto [o, visited] = stack.back();
+        stack.pop_back();
+        if (!visited) {
+            stack.push_back({o, true});
+            for (List *k = o->kids; k; k = k->next) stack.push_back({(Object *)k->item, false});
+            continue;
+        }
+        List *kept = nullptr, *tail = nullptr;
+        uint32_t n = 0;
+        for (List *k = o->kids; k; k = k->next) {
+            Object *kid = (Object *)k->item;
+            if (object_is_empty(kid)) {
+                kid->parent = nullptr;
+                object_free(kid);
+                continue;
+            }
+            tail = list_add_item_fast(&kept, tail, kid);
+            n++;
+        }
+        list_free(&o->kids);
+        o->kids = kept;
+        o->num_kids = n;
+    }
+}
+
+/* Moves every child of from to the end of to's children. */
+void move_children(Object *from, Object *to)
+{
+    List *tail = to->kids ? list_end(to->kids) : nullptr;
+    for (List *k = from->kids; k; k = k->next) {
+        Object *kid = (Object *)k->item;
+        tail = list_add_item_fast(&to->kids, tail, kid);
+        kid->parent = to;
+        to->num_kids++;
+    }
+    list_free(&from->kids);
+    from->num_kids = 0;
+}
+
 long commit(Reader *r)
 {
     std::vector<int> palette_index;
     for (Material &m : r->collected) palette_index.push_back(material_get_index(&m));
     for (auto &sm : r->surface_materials) sm.first->mat = (uint16_t)palette_index[sm.second];
     for (auto &ot : r->object_textures) ot.first->texture = (uint8_t)texture_register_name(ot.second.c_str());
+    prune_empty(r->root);
     /* One Separator around everything, as the writers put it, holds the
      * file's objects rather than being one. */
     if (r->root->num_kids == 1) {
         Object *only = (Object *)r->root->kids->item;
         if (!only->vertices && !only->surfaces && !(only->url && only->url[0]) && only->kids) {
-            object_remove_child_nocleanup(r->root, only);
-            while (only->kids) {
-                Object *kid = (Object *)only->kids->item;
-                object_remove_child_nocleanup(only, kid);
-                object_add_child(r->root, kid);
-            }
+            list_free(&r->root->kids);
+            r->root->num_kids = 0;
+            move_children(only, r->root);
             object_free(only);
         }
     }
@@ -799,15 +860,9 @@ long commit(Reader *r)
     for (List *k = r->root->kids; k; k = k->next) collect_objects((Object *)k->item, &all);
     for (Object *o : all) object_calc_normals_force(o);
     clear_selection();
-    long added = 0;
-    List *made = nullptr, *tail = nullptr;
-    while (r->root->kids) {
-        Object *o = (Object *)r->root->kids->item;
-        object_remove_child_nocleanup(r->root, o);
-        object_add_child(world, o);
-        tail = list_add_item_fast(&made, tail, o);
-        added++;
-    }
+    long added = (long)r->root->num_kids;
+    List *made = list_clone(r->root->kids);
+    move_children(r->root, world);
     select_objectlist(made);
     list_free(&made);
     scan_lights();
