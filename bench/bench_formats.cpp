@@ -6,7 +6,8 @@
  *    `assimp info` of that file in the same run (the target: our import
  *    no slower);
  *  - export with each writer (VRML 2.0, VRML 1.0, Inventor, triangle),
- *    in seconds and MB/s.
+ *    in seconds and MB/s;
+ *  - import of the VRML 1.0 and triangle files written.
  *   bench_formats [directory]        default: /tmp
  * Needs the `assimp` tool (assimp-utils) for the import figures.
  */
@@ -14,6 +15,7 @@
 #include "app/prefs.h"
 #include "fileio/reader_3ds.h"
 #include "fileio/tri_file.h"
+#include "fileio/vrml1_reader.h"
 #include "fileio/vrml_writer.h"
 
 #include <chrono>
@@ -117,18 +119,40 @@ static void bench_import(const std::string &dir)
         remove(obj.c_str());
         return;
     }
-    /* As a user would run it: with assimp's default post-processing. */
-    double assimp = run_timed("assimp info '" + tds + "' > /dev/null 2>&1");
-    double t = now();
-    int r = import_3ds_file(tds.c_str());
-    double ours = now() - t;
+    /* The best of three runs each, alternating, so that both see the same
+     * machine.  assimp runs as a user would run it: with its default
+     * post-processing. */
+    double assimp = 1e30, ours = 1e30;
     long surfaces = 0;
+    int r = 1;
+    for (int run = 0; run < 3; run++) {
+        double a = run_timed("assimp info '" + tds + "' > /dev/null 2>&1");
+        if (a >= 0 && a < assimp) assimp = a;
+        while (world->kids) object_delete((Object *)world->kids->item);
+        double t = now();
+        r = import_3ds_file(tds.c_str());
+        double elapsed = now() - t;
+        if (elapsed < ours) ours = elapsed;
+    }
     for (List *k = world->kids; k; k = k->next) surfaces += ((Object *)k->item)->num_surf;
-    fprintf(report, "3DS import of %.1f MB (assimp export): vesk %.3f s (%ld surfaces, result %d), assimp info %.3f s: %s\n",
-           file_mb(tds), ours, surfaces, r, assimp, ours <= assimp ? "no slower" : "SLOWER");
+    fprintf(report, "3DS import of %.1f MB (assimp export), best of 3: vesk %.3f s (%ld surfaces, result %d), "
+                    "assimp info %.3f s: %s\n",
+            file_mb(tds), ours, surfaces, r, assimp, ours <= assimp ? "no slower" : "SLOWER");
     while (world->kids) object_delete((Object *)world->kids->item);
     remove(obj.c_str());
     remove(tds.c_str());
+}
+
+/* Reads a file just written into the model beside the original, then
+ * removes what was read. */
+static void reimport(const std::string &path, const char *name, double mb)
+{
+    List *before = world->kids ? list_end(world->kids) : nullptr;
+    double t = now();
+    int ok = name[0] == 't' ? load_tri_file(path.c_str()) : read_vrml1_file(path.c_str()) > 0;
+    double elapsed = now() - t;
+    fprintf(report, "import %-8s: %.3f s, %.1f MB/s%s\n", name, elapsed, mb / elapsed, ok ? "" : " (FAILED)");
+    while (before && before->next) object_delete((Object *)before->next->item);
 }
 
 static void bench_export(const std::string &dir)
@@ -152,6 +176,7 @@ static void bench_export(const std::string &dir)
             double mb = file_mb(path);
             fprintf(report, "export %-8s%s: %.3f s, %.1f MB, %.1f MB/s%s\n", w.name, normals ? " with normals" : "", elapsed,
                    mb, mb / elapsed, ok ? "" : " (FAILED)");
+            if (!normals && (w.write == write_vrml1 || w.write == write_tri_file)) reimport(path, w.name, mb);
             remove(path.c_str());
         }
     }
