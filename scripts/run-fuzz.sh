@@ -4,7 +4,9 @@
 # build directory and runs it for the given number of seconds (default
 # 30), starting from the model files of the tests.  Then each image
 # reader's target runs for a few seconds (VESK_FUZZ_IMAGE_SECONDS, default
-# 8) from the small images of tests/data/images.  Crashing inputs are
+# 8) from the small images of tests/data/images, and the readers of the
+# exchange formats a few seconds each (VESK_FUZZ_FORMAT_SECONDS, default
+# 5) from the files of tests/data/formats.  Crashing inputs are
 # left in the build directory and make the script fail.
 #   usage: scripts/run-fuzz.sh [seconds]
 set -euo pipefail
@@ -17,7 +19,8 @@ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -D
     -DVESK_SANITIZE=ON -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_BENCH=OFF > "$build/cmake.log" 2>&1 ||
     { cat "$build/cmake.log"; exit 1; }
 image_targets=(fuzz_image_sgi fuzz_image_gif fuzz_image_bmp fuzz_image_png_jpeg)
-cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader "${image_targets[@]}"
+cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader "${image_targets[@]}" \
+    fuzz_3ds_reader fuzz_tri_reader fuzz_alias_reader fuzz_vrml1_reader
 
 corpus="$build/corpus"
 rm -rf "$corpus" && mkdir -p "$corpus"
@@ -44,3 +47,18 @@ for target in "${image_targets[@]}"; do
     "$build/fuzz/$target" -max_total_time="$image_seconds" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
         -close_fd_mask=2 -artifact_prefix="$build/artifacts/$target-" -print_final_stats=1 "$image_corpus"
 done
+
+# The exchange-format readers, briefly each, every one from its own seeds.
+format_seconds=${VESK_FUZZ_FORMAT_SECONDS:-5}
+run_format() {
+    local target=$1; shift
+    local dir="$build/corpus_$target"
+    rm -rf "$dir" && mkdir -p "$dir"
+    cp "$@" "$dir"/
+    "$build/fuzz/$target" -max_total_time="$format_seconds" -max_len=65536 -timeout=20 -rss_limit_mb=2048 \
+        -close_fd_mask=2 -artifact_prefix="$build/artifacts/$target-" -print_final_stats=1 "$dir"
+}
+run_format fuzz_3ds_reader tests/data/formats/*.3ds
+run_format fuzz_tri_reader tests/data/formats/two.tri
+run_format fuzz_alias_reader tests/data/formats/two_alias.tri
+run_format fuzz_vrml1_reader tests/data/formats/*.wrl tests/data/formats/*.iv

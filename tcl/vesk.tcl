@@ -137,6 +137,18 @@ proc ::vesk::main::build_menubar {} {
     build_help_menu [add_menubutton help Help]
 }
 
+# Imports a file chosen in a dialog.  The triangle readers clear the
+# status line when they are done, so it is told here what was read.
+proc ::vesk::main::import_file {title kind command} {
+    set file [::vesk::ops::choose_open_file $title $::vesk::ops::filetypes($kind)]
+    if {$file eq ""} { return "" }
+    set result [::vesk::ops::run $command $file]
+    if {$command in {import_tri import_alias_tri} && $result eq "1"} {
+        display_message "imported [file tail $file]"
+    }
+    return $result
+}
+
 proc ::vesk::main::build_file_menu {m} {
     $m add command -label "New" -accelerator Ctrl+N -command ::vesk::ops::new_model
     $m add command -label "Open..." -accelerator Ctrl+O -command ::vesk::ops::open_model
@@ -155,7 +167,7 @@ proc ::vesk::main::build_file_menu {m} {
         "Inventor..." iv import_inventor
     } {
         $i add command -label $label \
-            -command [list ::vesk::ops::with_open_file "Import [string trimright $label .]" $kind $command]
+            -command [list ::vesk::main::import_file "Import [string trimright $label .]" $kind $command]
     }
     $m add separator
     $m add command -label "Save" -accelerator Ctrl+S -command ::vesk::ops::save_model

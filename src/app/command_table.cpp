@@ -16,6 +16,7 @@
 #include "edit/transform.h"
 #include "texture/texture_table.h"
 #include "view/background.h"
+#include "fileio/exchange_commands.h"
 
 #define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
 
@@ -54,14 +55,14 @@ Command builtin_commands[] = {
     {"hide_selected", CMDFN(hide_selected), 0, nullptr, nullptr, nullptr},
     {"hide_unselected", CMDFN(hide_unselected), 0, nullptr, nullptr, nullptr},
     {"insert_vertex", CMDFN(selected_insert_vertex), 0, nullptr, nullptr, nullptr},
-    {"import_3ds", CMDFN(not_available_s), 1, "s", "<filename>", "load a 3D Studio file"},
+    {"import_3ds", CMDFN(command_import_3ds), 1, "s", "<filename>", "load a 3D Studio file"},
     {"import_dxf", CMDFN(not_available_s), 1, "s", "<filename>", "load a DXF file"},
-    {"import_alias_tri", CMDFN(not_available_s), 1, "s", "<filename>", "load an Alias Triangle file"},
-    {"import_tri", CMDFN(not_available_s), 1, "s", "<filename>", "load a Triangle file"},
+    {"import_alias_tri", CMDFN(command_import_alias_tri), 1, "s", "<filename>", "load an Alias Triangle file"},
+    {"import_tri", CMDFN(command_import_tri), 1, "s", "<filename>", "load a Triangle file"},
     {"import_lightwave", CMDFN(not_available_s), 1, "s", "<filename>", "load a Lightwave file"},
     {"import_vector", CMDFN(not_available_s), 1, "s", "<filename>", "load a Vector file"},
-    {"import_vrml", CMDFN(not_available_s), 1, "s", "<filename>", "load a VRML 1 file"},
-    {"import_inventor", CMDFN(not_available_s), 1, "s", "<filename>", "load an Inventor file"},
+    {"import_vrml", CMDFN(import_vrml), 1, "s", "<filename>", "load a VRML 1 file"},
+    {"import_inventor", CMDFN(import_vrml), 1, "s", "<filename>", "load an Inventor file"},
     {"get_info", CMDFN(command_get_info), 0, nullptr, nullptr, "get details about current model"},
     {"list", CMDFN(command_list), 0, nullptr, nullptr, nullptr},
     {"load_vk", CMDFN(command_load_vk_object), 1, "s", "<filename>", "load an VESK format file"},
@@ -152,14 +153,14 @@ Command builtin_commands[] = {
     {"unhide", CMDFN(show_all), 0, nullptr, nullptr, "undo"},
     {"unselect_by_name", CMDFN(unselect_by_name), 1, "s", "<string object_name>", "remove objects with this name from the selection"},
     {"write_dive", CMDFN(not_available_s), 1, "s", "<filename>", "Write a Dive format file"},
-    {"write_inventor", CMDFN(not_available_s), 1, "s", "<filename>", "Write an Inventor 2.1 format file"},
+    {"write_inventor", CMDFN(command_write_inventor), 1, "s", "<filename>", "Write an Inventor 2.1 format file"},
     {"write_massive", CMDFN(not_available_s), 1, "s", "<filename>", "Write a Massive format file"},
-    {"write_vrml", CMDFN(not_available_s), 1, "s", "<filename>", "Write a VRML 1.0 format file"},
-    {"write_vrml2", CMDFN(not_available_s), 1, "s", "<filename>", "Write a VRML 2.0 format file"},
+    {"write_vrml", CMDFN(command_write_vrml), 1, "s", "<filename>", "Write a VRML 1.0 format file"},
+    {"write_vrml2", CMDFN(command_write_vrml2), 1, "s", "<filename>", "Write a VRML 2.0 format file"},
     {"write_rib", CMDFN(not_available_s), 1, "s", "<filename>", "Write a Renderman format file"},
     {"write_POV", CMDFN(not_available_s), 1, "s", "<filename>", "Write a Povray format file"},
     {"write_dvs", CMDFN(not_available_s), 1, "s", "<filename>", "Write a DVS format file"},
-    {"write_tri", CMDFN(not_available_s), 1, "s", "<filename>", "Write a triangle format file"},
+    {"write_tri", CMDFN(write_tri), 1, "s", "<filename>", "Write a triangle format file"},
     {"zoom_in", CMDFN(zoom_in), 0, nullptr, nullptr, nullptr},
     {"zoom_out", CMDFN(zoom_out), 0, nullptr, nullptr, nullptr},
 };
