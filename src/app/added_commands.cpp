@@ -6,6 +6,7 @@
  */
 #include "app/added_commands.h"
 #include "app/commands.h"
+#include "edit/redo.h"
 #include "fileio/vk_document.h"
 
 #define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
@@ -29,6 +30,11 @@ static const AddedCommand added_table[] = {
     {"revert_vk", CMDFN(command_revert_vk), 0, nullptr, nullptr, "open the model's file again, dropping unsaved changes"},
     {"open_backup_vk", CMDFN(command_open_backup_vk), 0, nullptr, nullptr,
      "open the backup kept by the last save over the model's file"},
+    {"redo", CMDFN(REDO), 0, nullptr, nullptr, "do again what the last undo took back"},
+    {"undo_history", CMDFN(command_undo_history), 0, nullptr, nullptr,
+     "list the labels of the undo history, oldest first"},
+    {"undo_to", CMDFN(command_undo_to), 1, "d", "<step>",
+     "undo back to a step of the undo history, counted from 0 at the oldest"},
 };
 
 void register_added_commands(void)

@@ -9,6 +9,7 @@
 #include "app/frontend.h"
 #include "app/linked_vars.h"
 #include "core/internal.h"
+#include "edit/redo.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -91,6 +92,11 @@ void set_progress_bar(int percent)
 void set_undo_string(const char *text)
 {
     tcl_call("set_undo_string", text ? text : "");
+}
+
+void set_redo_string(const char *text)
+{
+    tcl_call("set_redo_string", text ? text : "");
 }
 
 void popup_3d_menu(int x, int y)
