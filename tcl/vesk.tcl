@@ -12,6 +12,7 @@
 namespace eval ::vesk::main {
     variable message ""
     variable undo_text ""
+    variable redo_text ""
     variable selection_text ""
     variable modes_text ""
     variable select_mode tree
@@ -48,7 +49,7 @@ proc ::vesk::main::init_variables {} {
     foreach {name value} {
         coors "" size "" select_mode_name tree draw_mode_name none drag_mode_name move
         current_file_name "" unsaved_changes 0 numselected 0 numselectedobjects 0
-        undo_count 0 tcl_socket_port 1655 person_walk_vehicle 0
+        undo_count 0 redo_count 0 tcl_socket_port 1655 person_walk_vehicle 0
     } {
         if {![info exists ::$name]} { set ::$name $value }
     }
@@ -92,7 +93,7 @@ proc ::vesk::main::update_modes_text {args} {
 proc ::vesk::main::add_menubutton {name label} {
     ttk::menubutton .mbar.$name -text $label -menu .mbar.$name.menu -style Menubar.TMenubutton \
         -takefocus 0
-    set m [menu .mbar.$name.menu -tearoff 0]
+    set m [menu .mbar.$name.menu -tearoff 0 -postcommand [list ::vesk::main::update_menu_states .mbar.$name.menu]]
     bind $m <<MenuSelect>> {::vesk::main::menu_select %W}
     pack .mbar.$name -side left
     return $m
@@ -189,6 +190,8 @@ proc ::vesk::main::build_file_menu {m} {
 
 proc ::vesk::main::build_edit_menu {m} {
     $m add command -label "Undo" -accelerator u -command {vesk undo}
+    $m add command -label "Redo" -accelerator Ctrl+Shift+Z -command {vesk redo}
+    $m add command -label "History..." -command ::vesk::main::show_history
     $m add separator
     $m add command -label "Cut" -accelerator Ctrl+X -command {vesk clipboard_cut}
     $m add command -label "Copy" -accelerator Ctrl+C -command {vesk clipboard_copy}
@@ -454,8 +457,103 @@ proc ::vesk::main::show_keys {} {
         "Everywhere"
         "  Ctrl+N Ctrl+O Ctrl+S Ctrl+Shift+S   new, open, save, save as"
         "  Ctrl+Z Ctrl+X Ctrl+C Ctrl+V          undo, cut, copy, paste"
+        "  Ctrl+Shift+Z Ctrl+Y                  redo"
         "  Ctrl+Q                               quit"
     } "\n"]
+}
+
+# ---- menu entry states ----
+
+# The name of the core command a menu entry's script runs, or "".
+proc ::vesk::main::entry_command_name {script} {
+    if {[catch {lindex $script 0} first]} { return "" }
+    switch -- $first {
+        vesk - ::vesk::ops::ask_for { return [lindex $script 1] }
+        ::vesk::ops::with_open_file - ::vesk::ops::with_save_file { return [lindex $script 3] }
+        ::vesk::ops::ask_object { return [lindex $script 1] }
+    }
+    return ""
+}
+
+# Before a menu opens: entries whose command this build lacks, and undo,
+# redo and the history when there is nothing to take back or redo, are
+# shown disabled instead of doing nothing when chosen.
+proc ::vesk::main::update_menu_states {m} {
+    if {![winfo exists $m]} { return }
+    set last [$m index end]
+    if {$last eq "none"} { return }
+    for {set i 0} {$i <= $last} {incr i} {
+        switch -- [$m type $i] {
+            cascade { update_menu_states [$m entrycget $i -menu] }
+            command {
+                set name [entry_command_name [$m entrycget $i -command]]
+                if {$name eq ""} { continue }
+                set available [vesk command_available $name]
+                $m entryconfigure $i -state [expr {$available eq "0" ? "disabled" : "normal"}]
+            }
+        }
+    }
+    if {$m eq ".mbar.edit.menu"} {
+        set undo [expr {[info exists ::undo_count] && $::undo_count > 0}]
+        set redo [expr {[info exists ::redo_count] && $::redo_count > 0}]
+        $m entryconfigure 0 -state [expr {$undo ? "normal" : "disabled"}]
+        $m entryconfigure 1 -state [expr {$redo ? "normal" : "disabled"}]
+        $m entryconfigure 2 -state [expr {$undo ? "normal" : "disabled"}]
+    }
+}
+
+# Undo from a key: with nothing to undo the status line says so.
+proc ::vesk::main::undo {} {
+    if {[info exists ::undo_count] && $::undo_count == 0} {
+        display_message "nothing to undo"
+    }
+    vesk undo
+}
+
+# ---- undo history ----
+
+# Lists the steps of the undo history, newest first; choosing one and
+# pressing Undo to here takes back that step and every later one.
+proc ::vesk::main::show_history {} {
+    set w .history
+    if {[winfo exists $w]} { destroy $w }
+    set labels [vesk undo_history]
+    if {[llength $labels] == 0} {
+        display_message "nothing to undo"
+        return
+    }
+    toplevel $w
+    wm title $w "Undo history"
+    wm transient $w .
+    set f [ttk::frame $w.f -padding 8]
+    ttk::label $f.text -text "Choose a step to take back, with every step after it:"
+    listbox $f.list -height [expr {min(15, [llength $labels])}] -width 36 -exportselection 0
+    set step [llength $labels]
+    foreach label [lreverse $labels] {
+        incr step -1
+        $f.list insert end "[expr {$step + 1}]. [expr {$label eq "" ? "(unnamed)" : $label}]"
+    }
+    $f.list selection set 0
+    ttk::frame $f.buttons
+    ttk::button $f.buttons.undo -text "Undo to here" -command [list ::vesk::main::history_chosen $w]
+    ttk::button $f.buttons.close -text "Close" -command [list destroy $w]
+    pack $f.buttons.close $f.buttons.undo -side right -padx {6 0}
+    pack $f.text -anchor w
+    pack $f.list -fill both -expand 1 -pady 6
+    pack $f.buttons -fill x
+    pack $f -fill both -expand 1
+    bind $f.list <Double-1> [list ::vesk::main::history_chosen $w]
+    bind $w <Return> [list ::vesk::main::history_chosen $w]
+    bind $w <Escape> [list destroy $w]
+    focus $f.list
+}
+
+proc ::vesk::main::history_chosen {w} {
+    set chosen [$w.f.list curselection]
+    if {$chosen eq ""} { return }
+    set count [$w.f.list size]
+    destroy $w
+    vesk undo_to [expr {$count - 1 - [lindex $chosen 0]}]
 }
 
 # ---- tool panel ----
@@ -553,9 +651,10 @@ proc ::vesk::main::build_status {} {
     ttk::label $f.size -textvariable ::size -anchor w -width 28 -font TkFixedFont
     ttk::label $f.modes -textvariable ::vesk::main::modes_text -anchor w
     ttk::label $f.undo -textvariable ::vesk::main::undo_text -anchor w
+    ttk::label $f.redo -textvariable ::vesk::main::redo_text -anchor w
     ttk::progressbar $f.progress -orient horizontal -length 120 -maximum 100 -mode determinate
     set column 0
-    foreach widget [list $f.msg $f.sel $f.coors $f.size $f.modes $f.undo] {
+    foreach widget [list $f.msg $f.sel $f.coors $f.size $f.modes $f.undo $f.redo] {
         if {$column > 0} {
             grid [ttk::separator $f.sep$column -orient vertical] -row 0 -column $column -sticky ns -padx 6
             incr column
@@ -576,7 +675,9 @@ proc ::vesk::main::bind_keys {} {
     bind . <Control-s> ::vesk::ops::save_model
     bind . <Control-S> ::vesk::ops::save_model_as
     bind . <Control-q> ::vesk::ops::quit
-    bind . <Control-z> {vesk undo}
+    bind . <Control-z> ::vesk::main::undo
+    bind . <Control-Z> {vesk redo}
+    bind . <Control-y> {vesk redo}
     bind . <Control-x> {vesk clipboard_cut}
     bind . <Control-c> {vesk clipboard_copy}
     bind . <Control-v> {vesk clipboard_paste}
@@ -642,6 +743,12 @@ proc ::set_undo_string {text} {
     set label [expr {$text eq "" ? "Undo" : "Undo $text"}]
     set ::vesk::main::undo_text [expr {$text eq "" ? "" : "Undo: $text"}]
     if {[winfo exists .mbar.edit.menu]} { .mbar.edit.menu entryconfigure 0 -label $label }
+}
+
+proc ::set_redo_string {text} {
+    set label [expr {$text eq "" ? "Redo" : "Redo $text"}]
+    set ::vesk::main::redo_text [expr {$text eq "" ? "" : "Redo: $text"}]
+    if {[winfo exists .mbar.edit.menu]} { .mbar.edit.menu entryconfigure 1 -label $label }
 }
 
 proc ::set_select_mode_ui {word} {

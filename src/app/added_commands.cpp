@@ -33,6 +33,8 @@ static const AddedCommand added_table[] = {
     {"redo", CMDFN(REDO), 0, nullptr, nullptr, "do again what the last undo took back"},
     {"undo_history", CMDFN(command_undo_history), 0, nullptr, nullptr,
      "list the labels of the undo history, oldest first"},
+    {"command_available", CMDFN(command_available), 1, "s", "<command>",
+     "1 when the command exists and works in this build, else 0"},
     {"undo_to", CMDFN(command_undo_to), 1, "d", "<step>",
      "undo back to a step of the undo history, counted from 0 at the oldest"},
 };

@@ -173,4 +173,9 @@ void action_delete(void)
 void action_duplicate(int view) { duplicate_selected_in_view(view); }
 void action_hide(void) { hide_selected(); }
 void action_snap_together(void) { selected_snap_together(); }
-void action_undo(void) { UNDO(); }
+void action_undo(void)
+{
+    /* The console is not where a user at the views looks. */
+    if (!undo_current()) display_message("nothing to undo");
+    UNDO();
+}
