@@ -3,6 +3,7 @@
  * The file is a magic line "VKPR <version>" followed by one
  * "name value" line per setting, in table order.
  */
+#include "app/tcl_bridge.h"
 #include "app/prefs.h"
 #include "app/frontend.h"
 #include "core/internal.h"
@@ -317,7 +318,7 @@ int save_prefs(void)
                                path, strerror(errno));
         return 0;
     }
-    windows_message_dialog("Settings have been saved to %s", path);
+    windows_info_dialog("Settings have been saved to %s", path);
     return 1;
 }
 

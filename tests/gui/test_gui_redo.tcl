@@ -4,7 +4,8 @@
 # Control+Y or Edit > Redo, which must give back the model exactly, bit
 # for bit.  A new edit clears redo (Edit > Redo greys out); undo with an
 # empty history and redo with nothing to redo say so on the status line;
-# Edit > History undoes back to a chosen step.
+# Edit > History undoes back to a chosen step; a refused command's message
+# box has the error icon.
 source [file join [file dirname [info script]] gui_lib.tcl]
 
 # Two boxes, one around (-1.5, -1.5, 0) and one around (1, 0.8, 0).
@@ -195,5 +196,14 @@ check "two steps undone" [remote {set undo_count}] [expr {$count - 2}]
 check "two to redo" [remote {set redo_count}] 2
 main_keys ctrl+shift+z
 check "redo the first of them" [model] $one
+
+# ---- a refused command says why, in a box with the error icon ----
+key_over $here n
+set before [model]
+pick_menu object Group
+check "the message box comes" [wait_remote {[winfo exists .__tk__messagebox.bitmap]}] 1
+check "it has the error icon" [remote {.__tk__messagebox.bitmap cget -image}] ::tk::icons::error
+check_true "it says why" [string match "*select two or more*" [answer_message_box ok]]
+check "nothing changed" [model] $before
 
 finish
