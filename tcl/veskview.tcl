@@ -147,6 +147,7 @@ proc ::vesk::view::toggle_single {ident} {
 # accelerators are the 3D view's own keys (they act with the pointer in it).
 proc ::vesk::view::fill_3d_menu {m} {
     $m add command -label "Reset view" -accelerator Space -command ::vesk::view::reset_3d
+    $m add command -label "Fit model" -accelerator "h (3D view)" -command {vesk fit_3d}
     $m add separator
     $m add radiobutton -label "Spin mode" -accelerator 1 -variable ::person_walk_vehicle -value 0 \
         -command {vesk set_spin_viewer}

@@ -8,6 +8,7 @@
 #include "app/commands.h"
 #include "edit/redo.h"
 #include "fileio/vk_document.h"
+#include "view/camera_fit.h"
 
 #define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
 
@@ -35,6 +36,8 @@ static const AddedCommand added_table[] = {
      "list the labels of the undo history, oldest first"},
     {"command_available", CMDFN(command_available), 1, "s", "<command>",
      "1 when the command exists and works in this build, else 0"},
+    {"fit_3d", CMDFN(fit_3d_view), 0, nullptr, nullptr,
+     "place the 3D view's camera so that the selection, or the whole model, fills the view"},
     {"undo_to", CMDFN(command_undo_to), 1, "d", "<step>",
      "undo back to a step of the undo history, counted from 0 at the oldest"},
 };
