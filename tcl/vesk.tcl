@@ -49,7 +49,7 @@ proc ::vesk::main::init_variables {} {
     foreach {name value} {
         coors "" size "" select_mode_name tree draw_mode_name none drag_mode_name move
         current_file_name "" unsaved_changes 0 numselected 0 numselectedobjects 0
-        undo_count 0 redo_count 0 tcl_socket_port 1655 person_walk_vehicle 0
+        undo_count 0 redo_count 0 keep_draw_tool 0 tcl_socket_port 1655 person_walk_vehicle 0
     } {
         if {![info exists ::$name]} { set ::$name $value }
     }
@@ -386,6 +386,8 @@ proc ::vesk::main::build_tools_menu {m} {
             -variable ::vesk::main::drag_mode -command [list vesk set_drag_mode $number]
     }
     $m add separator
+    $m add checkbutton -label "Keep the draw tool after each shape" -variable ::keep_draw_tool
+    $m add separator
     $m add command -label "Console..." -command ::vesk::ops::console
     $m add checkbutton -label "Scripting socket" -variable ::vesk::ops::socket_on \
         -command ::vesk::ops::socket_toggle
@@ -562,6 +564,23 @@ proc ::vesk::main::build_tools {} {
     variable select_modes
     variable draw_modes
     variable drag_modes
+    # What each tool does and how it is used, for its tooltip.
+    set drag_help {
+        100 "Move: drag the selection in a flat view; Control keeps the first axis"
+        101 "Resize: drag a handle of the selection box"
+        102 "Rotate: drag sideways in a flat view, one degree per pixel in steps"
+        103 "Extrude: drag the selected surfaces out of their plane"
+    }
+    set lines "click to add points; click the first point or the right button finishes;\nEscape cancels"
+    set shapes "drag to draw, or click for a regular one; Escape goes back to Select"
+    set draw_help [list \
+        0 "Select: click or drag a band; Shift adds, Shift with the right button removes" \
+        1 "Line: $lines" 2 "Closed line: $lines" 3 "Polygon: $lines" \
+        4 "Rectangle: $shapes" 5 "Ellipse: $shapes" 6 "Disk: $shapes" \
+        7 "Box: $shapes;\nits depth is the selection's, else as deep as wide at the 3D cursor" \
+        8 "Sphere: $shapes;\nits depth is the selection's, else as deep as wide at the 3D cursor" \
+        9 "Cylinder: $shapes" 10 "Mesh: $shapes" 11 "Grid: $shapes" 12 "Icosahedron: click where it goes" \
+        13 "Light: click where the light goes"]
     ttk::frame .tools -padding {6 6 6 6}
     set s [ttk::labelframe .tools.select -text "Select" -padding 4]
     set column 0
@@ -578,7 +597,7 @@ proc ::vesk::main::build_tools {} {
     foreach {number label key} $drag_modes {
         ttk::radiobutton $d.m$number -text $label -style Toolbutton -value $number \
             -variable ::vesk::main::drag_mode -command [list vesk set_drag_mode $number]
-        tip $d.m$number "Dragging the selection: [string tolower $label] ($key)"
+        tip $d.m$number "[dict get $drag_help $number] (key $key in the flat views)"
         grid $d.m$number -row [expr {$index / 2}] -column [expr {$index % 2}] -sticky ew
         incr index
     }
@@ -588,7 +607,7 @@ proc ::vesk::main::build_tools {} {
     foreach {number label} $draw_modes {
         ttk::radiobutton $w.m$number -text $label -style Toolbutton -value $number \
             -variable ::vesk::main::draw_mode -command [list vesk set_draw_mode $number]
-        tip $w.m$number [expr {$number == 0 ? "Select with the mouse" : "Draw: [string tolower $label]"}]
+        tip $w.m$number [dict get $draw_help $number]
         grid $w.m$number -row [expr {$index / 2}] -column [expr {$index % 2}] -sticky ew
         incr index
     }

@@ -12,6 +12,7 @@
 #include "app/shared_state.h"
 #include "app/tcl_bridge.h"
 #include "core/internal.h"
+#include "edit/object_ops.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
 #include "view/interaction_actions.h"
@@ -28,6 +29,7 @@ enum { HANDLE_TOP = 1, HANDLE_BOTTOM = 2, HANDLE_LEFT = 4, HANDLE_RIGHT = 8, HAN
 
 int interaction_mode = 0;
 int move_submode = MODE_MOVE;
+int keep_draw_tool = 0;
 
 /* The state of one gesture. */
 static struct {
@@ -132,6 +134,49 @@ static void set_mode(int mode)
     tcl_set_string("draw_mode_name", draw_mode_name(mode < MODE_MOVE ? mode : 0));
 }
 
+/* How to go on with the chosen draw tool, on the status line. */
+static void show_drawing_hint(void)
+{
+    int mode = interaction_mode;
+    if (mode >= 1 && mode <= 3) {
+        display_message("%s: click to add points; click the first point or press the right button to finish; "
+                        "Escape cancels",
+                        draw_mode_name(mode));
+    } else if (mode >= 4 && mode <= 12) {
+        display_message("%s: drag to draw one, or click for a regular one; Escape goes back to Select",
+                        draw_mode_name(mode));
+    } else if (mode == 13) {
+        display_message("light: click where the light goes; Escape goes back to Select");
+    }
+}
+
+int cancel_drawing(void)
+{
+    check_line_object();
+    if (g.line_object) {
+        Object *o = g.line_object;
+        g.line_object = nullptr;
+        g.line_surface = nullptr;
+        g.last_vertex = nullptr;
+        clear_line_bands();
+        /* The line was never recorded for undo: it goes as if never drawn. */
+        object_delete(o);
+        selection_forget_dead();
+        find_bounding_box();
+        selection_publish_counts();
+        redraw_all();
+        display_message("%s cancelled", draw_mode_name(interaction_mode));
+        return 1;
+    }
+    if (interaction_mode >= 1 && interaction_mode <= 13 && !g.button_down) {
+        set_mode(0);
+        display_message("back to Select");
+        display_status();
+        return 1;
+    }
+    return 0;
+}
+
 int set_new_draw_mode(int mode)
 {
     if ((mode < 0 || mode > 13) && mode != MODE_ZOOM) {
@@ -145,6 +190,7 @@ int set_new_draw_mode(int mode)
         redraw_all();
     }
     set_mode(mode);
+    show_drawing_hint();
     return 1;
 }
 
@@ -569,8 +615,10 @@ static void add_line_vertex(const float *p)
 static void finish_line(void)
 {
     close_line_object();
-    set_mode(MODE_MOVE);
-    set_new_move_mode(MODE_MOVE);
+    if (!keep_draw_tool) {
+        set_mode(MODE_MOVE);
+        set_new_move_mode(MODE_MOVE);
+    }
     redraw_all();
 }
 
@@ -581,7 +629,11 @@ static void release_line_mode(int button)
     snap_to_grid(p);
     int on_last = g.last_vertex && g.last_vertex->point[0] == p[0] && g.last_vertex->point[1] == p[1] &&
                   g.last_vertex->point[2] == p[2];
-    if (button != 1 || on_last) finish_line();
+    /* Clicking the first point again closes a closed line or polygon. */
+    SVertex *first = g.line_surface && interaction_mode >= 2 ? (SVertex *)list_get_item(g.line_surface->vertrefs, 0) : nullptr;
+    int on_first = first && g.line_surface->num_vertrefs >= 3 && first->vertex->point[0] == p[0] &&
+                   first->vertex->point[1] == p[1] && first->vertex->point[2] == p[2];
+    if (button != 1 || on_last || on_first) finish_line();
     else add_line_vertex(p);
 }
 
@@ -652,6 +704,8 @@ void handle_mouse_up(int view, int x, int y, int button)
     else if (mode >= MODE_MOVE) release_drag(view, x);
     /* What the mode returns to. */
     if (mode >= 1 && mode <= 3) {
+    } else if (mode >= 4 && mode <= 13 && keep_draw_tool) {
+        /* The tool stays for the next shape. */
     } else if ((mode >= 4 && mode <= 13) || mode == MODE_EXTRUDE) {
         set_new_move_mode(MODE_MOVE);
         set_mode(0);
@@ -747,6 +801,10 @@ void handle_key_press(int view, int character, int state)
         return;
     }
     if (state & QUALIFIER_CONTROL) return;
+    if (character == KEY_ESCAPE) {
+        cancel_drawing();
+        return;
+    }
     if (character == KEY_BACKSPACE || character == KEY_DELETE) {
         action_delete();
         display_status();
