@@ -141,6 +141,8 @@ proc ::vesk::main::build_menubar {} {
 proc ::vesk::main::build_file_menu {m} {
     $m add command -label "New" -accelerator Ctrl+N -command ::vesk::ops::new_model
     $m add command -label "Open..." -accelerator Ctrl+O -command ::vesk::ops::open_model
+    set recent [add_cascade $m recent "Open recent"]
+    $recent configure -postcommand [list ::vesk::ops::recent_fill $recent]
     $m add command -label "Merge model..." -command {::vesk::ops::with_open_file "Merge a VESK model" vk merge_vk}
     $m add command -label "Revert to saved" -command ::vesk::ops::revert_model
     $m add command -label "Open backup" -command ::vesk::ops::open_backup
@@ -726,6 +728,9 @@ proc ::vesk::main::build {} {
     }
     trace add variable ::unsaved_changes write {apply {args {::vesk::main::update_title}}}
     trace add variable ::current_file_name write {apply {args {::vesk::main::update_title}}}
+    trace add variable ::current_file_name write ::vesk::ops::recent_note
+    ::vesk::ops::recent_note
+    ::vesk::ops::enable_drop
     update_modes_text
     update_selection_text
     update_title
