@@ -568,9 +568,9 @@ proc ::vesk::main::build_tools {} {
     variable drag_modes
     # What each tool does and how it is used, for its tooltip.
     set drag_help {
-        100 "Move: drag the selection in a flat view; Control keeps the first axis"
-        101 "Resize: drag a handle of the selection box"
-        102 "Rotate: drag sideways in a flat view, one degree per pixel in steps"
+        100 "Move: drag the selection in a flat view; Control keeps the first axis;\nduring the drag type a distance and Enter for an exact move"
+        101 "Resize: drag a handle of the selection box;\nduring the drag type a factor and Enter"
+        102 "Rotate: drag sideways in a flat view, one degree per pixel in steps;\nduring the drag type degrees and Enter"
         103 "Extrude: drag the selected surfaces out of their plane"
     }
     set lines "click to add points; click the first point or the right button finishes;\nEscape cancels"

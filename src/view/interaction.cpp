@@ -49,6 +49,10 @@ static struct {
 
 static const int view_axes[3][2] = {{0, 1}, {2, 1}, {0, 2}};
 
+/* A number typed during a transform drag (see typed_key). */
+static char typed[32];
+static int typed_len = 0;
+
 /* ---- the line under construction ---- */
 
 static int object_in_tree(const Object *tree, const Object *o)
@@ -380,6 +384,8 @@ void handle_mouse_down(int view, int x, int y, int button, int state)
 {
     if (view < 0 || view > 2 || g.button_down) return;
     g.button_down = 1;
+    typed_len = 0;
+    typed[0] = 0;
     g.button = button;
     g.view = view;
     g.mode_at_down = interaction_mode;
@@ -508,21 +514,176 @@ static void drag_update(int view, int x, int y)
         band_box(view, mn, mx, 0.0f, nullptr);
         band_line(view, g.down_x, g.down_y, x, y);
         show_coors_and_len(g.current, g.down, g.current);
+        if (interaction_mode == MODE_MOVE && !typed_len) {
+            display_message("move %g %g %g - or type a distance and Enter", d[0], d[1], d[2]);
+        }
         break;
     }
     case MODE_RESIZE:
         update_resize(view);
         band_box(view, g.new_min, g.new_max, 0.0f, nullptr);
         show_size(g.new_min, g.new_max);
+        if (!typed_len) {
+            display_message("size %g %g %g - or type a factor and Enter", g.new_max[0] - g.new_min[0],
+                            g.new_max[1] - g.new_min[1], g.new_max[2] - g.new_min[2]);
+        }
         break;
     case MODE_ROTATE:
         update_rotation(x);
         band_box(view, g.box_min, g.box_max, g.rotate_degrees, g.rotate_centre);
         show_angle(g.rotate_degrees);
+        if (!typed_len) display_message("rotate %g degrees - or type degrees and Enter", g.rotate_degrees);
         break;
     default:
         break;
     }
+}
+
+/* ---- numbers typed during a drag ---- */
+
+/* While a move, resize or rotate drag is held, typed characters collect
+ * here; Enter applies exactly that amount on the drag's axis and ends the
+ * drag: a distance for a move, a factor for a resize, degrees for a
+ * rotation. */
+static const char axis_names[3] = {'x', 'y', 'z'};
+
+static int dragging_transform(void)
+{
+    return g.button_down && (interaction_mode == MODE_MOVE || interaction_mode == MODE_RESIZE ||
+                             interaction_mode == MODE_ROTATE);
+}
+
+/* The model axis the drag goes along: the view's axis on which the
+ * pointer has moved further, the horizontal one before any motion. */
+static int drag_axis(void)
+{
+    int h = view_axes[g.view][0], v = view_axes[g.view][1];
+    return std::fabs(g.current[v] - g.down[v]) > std::fabs(g.current[h] - g.down[h]) ? v : h;
+}
+
+static const char *typed_meaning(void)
+{
+    switch (interaction_mode) {
+    case MODE_MOVE: return "move by";
+    case MODE_RESIZE: return "resize by the factor";
+    default: return "rotate by degrees";
+    }
+}
+
+static void show_typed(void)
+{
+    if (interaction_mode == MODE_ROTATE) {
+        display_message("%s: %s - Enter applies it, Escape clears it", typed_meaning(), typed);
+    } else {
+        display_message("%s along %c: %s - Enter applies it, Escape clears it", typed_meaning(),
+                        axis_names[drag_axis()], typed);
+    }
+}
+
+static void clear_typed(void)
+{
+    typed_len = 0;
+    typed[0] = 0;
+}
+
+/* The drag is over once its exact amount is applied: the release that
+ * follows finds no drag. */
+static void end_drag_after_typed(void)
+{
+    g.button_down = 0;
+    overlay_clear(g.view);
+    set_mode(0);
+    clear_typed();
+    redraw_all();
+    display_status();
+}
+
+static int resize_by_factor(float factor)
+{
+    int a = drag_axis();
+    float extent = g.box_max[a] - g.box_min[a];
+    if (!(extent > 0.0f)) {
+        display_message("resize: the selection has no size along %c to scale - nothing changed", axis_names[a]);
+        return 0;
+    }
+    float new_max[3], new_min[3];
+    for (int i = 0; i < 3; i++) {
+        new_max[i] = g.box_max[i];
+        new_min[i] = g.box_min[i];
+    }
+    /* The side nearer the press moves; the other stays, as with a handle. */
+    if (std::fabs(g.down[a] - g.box_max[a]) <= std::fabs(g.down[a] - g.box_min[a])) {
+        new_max[a] = g.box_min[a] + extent * factor;
+    } else {
+        new_min[a] = g.box_max[a] - extent * factor;
+    }
+    action_resize(g.box_max, g.box_min, new_max, new_min);
+    return 1;
+}
+
+static void apply_typed(void)
+{
+    char *end = nullptr;
+    double value = typed_len ? strtod(typed, &end) : 0.0;
+    int usable = typed_len && end && *end == 0 && std::isfinite(value) && std::fabs(value) <= 1e7;
+    if (usable && interaction_mode == MODE_RESIZE && !(value > 0.0)) usable = 0;
+    if (!usable) {
+        if (!typed_len) display_message("type a number first, then Enter");
+        else if (interaction_mode == MODE_RESIZE)
+            display_message("resize: \"%s\" is not a factor above 0 - nothing changed; type another", typed);
+        else display_message("\"%s\" is not a usable number - nothing changed; type another", typed);
+        clear_typed();
+        return;
+    }
+    float amount = (float)value;
+    int axis = drag_axis();
+    if (interaction_mode == MODE_MOVE) {
+        float d[3] = {0, 0, 0};
+        d[axis] = amount;
+        action_move(d);
+        end_drag_after_typed();
+        display_message("moved %g along %c", amount, axis_names[axis]);
+    } else if (interaction_mode == MODE_ROTATE) {
+        update_rotation(g.down_x);
+        action_rotate(amount, g.view, g.rotate_centre);
+        end_drag_after_typed();
+        display_message("rotated %g degrees", amount);
+    } else {
+        int done = resize_by_factor(amount);
+        clear_typed();
+        if (!done) return;
+        end_drag_after_typed();
+        display_message("resized by %g along %c", amount, axis_names[axis]);
+    }
+}
+
+/* A key during a transform drag; 1 when it was taken. */
+static int typed_key(int character)
+{
+    if (!dragging_transform()) return 0;
+    if (character == '\r' || character == '\n') {
+        apply_typed();
+        return 1;
+    }
+    if (character == KEY_ESCAPE) {
+        clear_typed();
+        display_message("typed number cleared");
+        return 1;
+    }
+    if (character == KEY_BACKSPACE) {
+        if (typed_len) typed[--typed_len] = 0;
+        show_typed();
+        return 1;
+    }
+    if (character < 0x21 || character > 0x7e) return 1;
+    if (typed_len >= (int)sizeof typed - 1) {
+        display_message("that number is too long - Escape clears it");
+        return 1;
+    }
+    typed[typed_len++] = (char)character;
+    typed[typed_len] = 0;
+    show_typed();
+    return 1;
 }
 
 void handle_mouse_move(int view, int x, int y)
@@ -792,6 +953,9 @@ static int handle_key_preference(int view, int c)
 
 void handle_key_press(int view, int character, int state)
 {
+    /* Keys belong to a transform drag while it is held, wherever the
+     * pointer is. */
+    if (typed_key(character)) return;
     if (view == 3) {
         handle_key_press_3d(character, state);
         return;
