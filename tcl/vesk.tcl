@@ -190,6 +190,13 @@ proc ::vesk::main::build_file_menu {m} {
     $m add command -label "Quit" -accelerator Ctrl+Q -command ::vesk::ops::quit
 }
 
+# A key of the flat views that means something else in the 3D view is
+# shown with the views it works in.
+proc ::vesk::main::flat_key {key} {
+    if {$key in {t v a Space f g w l 1 2}} { return "$key (flat views)" }
+    return $key
+}
+
 proc ::vesk::main::build_edit_menu {m} {
     $m add command -label "Undo" -accelerator u -command {vesk undo}
     $m add command -label "Redo" -accelerator Ctrl+Shift+Z -command {vesk redo}
@@ -210,11 +217,11 @@ proc ::vesk::main::build_edit_menu {m} {
 proc ::vesk::main::build_select_menu {m} {
     variable select_modes
     foreach {word label key number} $select_modes {
-        $m add radiobutton -label "$label mode" -accelerator $key -value $word \
+        $m add radiobutton -label "$label mode" -accelerator [flat_key $key] -value $word \
             -variable ::vesk::main::select_mode -command [list vesk set_select_mode $number]
     }
     $m add separator
-    $m add command -label "Select all" -accelerator a -command {vesk select_all}
+    $m add command -label "Select all" -accelerator [flat_key a] -command {vesk select_all}
     $m add command -label "Clear selection" -accelerator n -command {vesk clear_selection}
     $m add command -label "Select by name..." -command {::vesk::ops::ask_for select_by_name}
     $m add command -label "Unselect by name..." -command {::vesk::ops::ask_for unselect_by_name}
@@ -341,7 +348,7 @@ proc ::vesk::main::build_view_menu {m} {
     $m add command -label "Fit model" -command {vesk fit_all}
     $m add command -label "Fit selection" -accelerator Shift+F -command {vesk fit_selected_all}
     $m add command -label "Go to selection" -accelerator Shift+G -command {vesk goto_selected_all}
-    $m add command -label "Reset views" -accelerator Space -command {vesk reset_views}
+    $m add command -label "Reset views" -accelerator [flat_key Space] -command {vesk reset_views}
     $m add separator
     $m add command -label "Redraw" -command {vesk redraw_all}
     $m add command -label "Redraw flat views" -command {vesk redraw_orth}
