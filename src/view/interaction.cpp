@@ -769,7 +769,8 @@ static void add_line_vertex(const float *p)
     Vertex *v = object_add_new_vertex(g.line_object, p);
     surface_add_vertref(g.line_surface, new_svertex(v, 0, 0));
     g.last_vertex = v;
-    unsaved_changes = 1;
+    /* A line being drawn is an edit: what redo would put back is stale. */
+    set_unsaved_changes(1);
     redraw_all();
 }
 
