@@ -43,6 +43,7 @@ proc ::vesk::view::build {} {
         build_view $ident
     }
     menu .views.popup3d -tearoff 0
+    fill_popup_picks .views.popup3d
     fill_3d_menu .views.popup3d
     apply_layout
     foreach name {viewsetting prefs_show_window_labels prefs_window_3d_width_percent
@@ -189,8 +190,25 @@ proc ::vesk::view::reset_3d {} {
     }
 }
 
+# The 3D view's menu starts with what can be done to the object under the
+# pointer where the menu was opened.
+proc ::vesk::view::fill_popup_picks {m} {
+    $m add command -label "Select what is here" -command {::vesk::view::pick_here 0}
+    $m add command -label "Add what is here to the selection" -command {::vesk::view::pick_here 1}
+    $m add command -label "Remove what is here from the selection" -command {::vesk::view::pick_here 2}
+    $m add command -label "Fit the selection" -command {vesk fit_3d}
+    $m add separator
+}
+
+proc ::vesk::view::pick_here {how} {
+    variable popup_at
+    if {![info exists popup_at]} { return }
+    vesk pick_3d {*}$popup_at $how
+}
+
 proc ::popup_3d_menu {x y} {
     if {![string is integer -strict $x] || ![string is integer -strict $y]} { return }
+    set ::vesk::view::popup_at [list $x $y]
     set win [::vesk::view::window_of xyz]
     # A layout change may still be waiting to be laid out.
     update idletasks

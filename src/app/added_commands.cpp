@@ -38,6 +38,8 @@ static const AddedCommand added_table[] = {
      "1 when the command exists and works in this build, else 0"},
     {"fit_3d", CMDFN(fit_3d_view), 0, nullptr, nullptr,
      "place the 3D view's camera so that the selection, or the whole model, fills the view"},
+    {"pick_3d", CMDFN(command_pick_3d), 3, "fff", "<x> <y> <0 select, 1 add, 2 remove>",
+     "pick what lies under a window point of the 3D view, as Control+click does"},
     {"undo_to", CMDFN(command_undo_to), 1, "d", "<step>",
      "undo back to a step of the undo history, counted from 0 at the oldest"},
 };

@@ -12,5 +12,9 @@ int fit_3d_view(void);
 /* The 3D view changed size: a fitted viewer the user has not moved since
  * frames the same part of the model again. */
 void fit_3d_view_resized(void);
+/* Command "pick_3d x y how": picks what lies under a window point of the
+ * 3D view, as Control+click does; how 0 selects it, 1 adds it to the
+ * selection, 2 removes it (view_commands.cpp). */
+int command_pick_3d(float x, float y, float how);
 
 #endif

@@ -13,6 +13,7 @@ settle
 lassign [view_rect 3] vx vy vw vh
 set centre [list [expr {$vx + $vw / 2}] [expr {$vy + $vh / 2}]]
 
+proc check_match_bad {actual expected} { check "refused: $expected" $actual $expected }
 proc redraw_3d {} {
     remote {update; .views.xyzframe.f.win postredisplay; update}
     after 300
@@ -91,6 +92,32 @@ key_in_3d h
 check "selection: the status line says so" [remote {set ::vesk::main::message}] "3D view fitted to the selection"
 set file [shot fitted_selection]
 check_true "selection: something is drawn" [expr {[inner_colours $file] > 1}]
+
+# ---- the 3D view's menu picks what is under the pointer ----
+# The fitted object fills the middle of the view.
+remote {vesk clear_selection}
+proc popup_choose {label} {
+    exec xdotool mousemove {*}$::centre
+    after 100
+    exec xdotool click 3
+    wait_remote {[winfo ismapped .views.popup3d]}
+    set m .views.popup3d
+    set index [remote [list $m index $label]]
+    lassign [remote "list \[winfo rootx $m\] \[winfo rooty $m\] \[$m yposition $index\]"] mx my top
+    exec xdotool mousemove [expr {$mx + 30}] [expr {$my + $top + 6}]
+    after 100
+    exec xdotool mousemove [expr {$mx + 40}] [expr {$my + $top + 8}]
+    after 200
+    exec xdotool click 1
+    after 300
+    remote {update}
+}
+popup_choose "Select what is here"
+check "the menu's Select picks the object under the pointer" [remote {vesk get_selected_objects}] $first
+popup_choose "Remove what is here from the selection"
+check "the menu's Remove takes it out again" [remote {vesk get_selected_objects}] ""
+check_match_bad [remote {vesk pick_3d -5 10 0; set ::vesk::main::message}] "pick_3d: -5 10 lies outside the 3D view"
+check_match_bad [remote {vesk pick_3d 5 10 7; set ::vesk::main::message}] "pick_3d: the third number is 0 (select), 1 (add) or 2 (remove), not 7"
 
 # ---- an empty model ----
 remote {set ::vesk_no_questions 1; vesk clear_all}
