@@ -738,6 +738,7 @@ proc ::vesk::main::build {} {
     trace add variable ::current_file_name write ::vesk::ops::recent_note
     ::vesk::ops::recent_note
     ::vesk::ops::enable_drop
+    ::vesk::ops::ui_settings_load
     update_modes_text
     update_selection_text
     update_title

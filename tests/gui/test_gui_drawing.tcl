@@ -93,6 +93,9 @@ after 100
 exec xdotool mousemove [expr {$mx + 40}] [expr {$my + $top + 8}] click 1
 after 250
 check "keep the draw tool: on" [remote {set ::keep_draw_tool}] 1
+set fd [open [file join $::scratch home veskui.txt]]
+check "the setting is kept for the next start" [string trim [read $fd]] "keep_draw_tool 1"
+close $fd
 remote {vesk clear_selection}
 click_widget .tools.draw.m7
 after 200
@@ -106,6 +109,17 @@ check_true "second box: depth from the selection" [string match "add cube done -
 check "second box with the same tool" [objects] 3
 key_at [view_point 0 2 -1.5] Escape
 check "Escape leaves the kept tool" [draw_mode] select
+
+# ---- the setting comes back at the next start ----
+stop_vesk
+start_vesk_empty
+check "keep the draw tool: still on after a restart" [remote {set ::keep_draw_tool}] 1
+set fd [open [file join $::scratch home veskui.txt] w]
+puts $fd "keep_draw_tool banana\nunknown_name 1\n\{broken"
+close $fd
+stop_vesk
+start_vesk_empty
+check "a broken settings file is ignored" [remote {set ::keep_draw_tool}] 0
 
 # ---- tooltips ----
 remote {set ::prefs_balloon_help 1}
