@@ -154,6 +154,11 @@ redo_case "paste twice" {vesk object_select [box]; vesk clipboard_copy; vesk cli
     {vesk clipboard_paste} paste
 redo_case "cut" {vesk object_select [box]} {vesk clipboard_cut} cut
 
+# --- a command that can't run on this selection says why ---
+reload
+check_match "insert vertex with nothing selected" [status_of { vesk insert_vertex }] \
+    "*insert vertex - select two neighbouring vertices of a surface first*"
+
 # --- a new edit clears the redo list ---
 reload
 vesk object_select [box]
