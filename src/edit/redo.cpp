@@ -217,7 +217,10 @@ static void start_record(const RedoEntry *e, int kind)
     UndoRecord *r = new_undo(kind, e->label.c_str());
     memcpy(r->vector, e->vector, sizeof r->vector);
     if (kind == UNDO_RESIZE) set_undo_resize(e->boxes[0], e->boxes[1], e->boxes[2], e->boxes[3]);
-    if (kind == UNDO_ROTATE) r->rotate_angle = e->rotate_angle, r->rotate_axis = e->rotate_axis;
+    if (kind == UNDO_ROTATE) {
+        r->rotate_angle = e->rotate_angle;
+        r->rotate_axis = e->rotate_axis;
+    }
 }
 
 static void redo_selection(RedoEntry *e)
