@@ -1,7 +1,8 @@
 /*
  * bench_editing.cpp - times the editing commands on a selection of a
- * million vertices: move, undo of the move, rotate (about one axis and
- * about two), scale, mirror, and "optimize" on a mesh whose
+ * million vertices: move, undo and redo of the move, rotate (about one
+ * axis and about two, each undone and redone), scale, mirror, and
+ * "optimize" on a mesh whose
  * quads each have their own four corners (so that it collapses three in
  * four vertices).  Prints seconds per step with the vertex count.
  * `bench_editing [vertices]` changes the model size.
@@ -13,6 +14,7 @@
 #include "edit/object_ops.h"
 #include "edit/selection.h"
 #include "edit/transform.h"
+#include "edit/redo.h"
 #include "edit/undo.h"
 
 #include <chrono>
@@ -77,10 +79,16 @@ int main(int argc, char **argv)
     timed("select all", [] { select_all(); });
     timed("move", [] { move_selection_f(1.0f, 2.0f, 3.0f); });
     timed("undo of the move", [] { UNDO(); });
+    timed("redo of the move", [] { REDO(); });
+    timed("undo of the redone move", [] { UNDO(); });
     timed("rotate about z", [] { rotate_selection_f(0.0f, 0.0f, 30.0f); });
     timed("undo of the rotation", [] { UNDO(); });
+    timed("redo of the rotation", [] { REDO(); });
+    timed("undo of the redone rotation", [] { UNDO(); });
     timed("rotate about x and y (snapshot)", [] { rotate_selection_f(10.0f, 20.0f, 0.0f); });
     timed("undo of it (restores the copy)", [] { UNDO(); });
+    timed("redo of it (a copy again)", [] { REDO(); });
+    timed("undo of the redone snapshot", [] { UNDO(); });
     timed("select all", [] { select_all(); });
     timed("scale", [] { command_scale(2.0f, 2.0f, 1.0f); });
     timed("mirror", [] { command_mirror(0); });

@@ -12,6 +12,7 @@
 namespace eval ::vesk::main {
     variable message ""
     variable undo_text ""
+    variable redo_text ""
     variable selection_text ""
     variable modes_text ""
     variable select_mode tree
@@ -48,7 +49,7 @@ proc ::vesk::main::init_variables {} {
     foreach {name value} {
         coors "" size "" select_mode_name tree draw_mode_name none drag_mode_name move
         current_file_name "" unsaved_changes 0 numselected 0 numselectedobjects 0
-        undo_count 0 tcl_socket_port 1655 person_walk_vehicle 0
+        undo_count 0 redo_count 0 keep_draw_tool 0 tcl_socket_port 1655 person_walk_vehicle 0
     } {
         if {![info exists ::$name]} { set ::$name $value }
     }
@@ -92,7 +93,7 @@ proc ::vesk::main::update_modes_text {args} {
 proc ::vesk::main::add_menubutton {name label} {
     ttk::menubutton .mbar.$name -text $label -menu .mbar.$name.menu -style Menubar.TMenubutton \
         -takefocus 0
-    set m [menu .mbar.$name.menu -tearoff 0]
+    set m [menu .mbar.$name.menu -tearoff 0 -postcommand [list ::vesk::main::update_menu_states .mbar.$name.menu]]
     bind $m <<MenuSelect>> {::vesk::main::menu_select %W}
     pack .mbar.$name -side left
     return $m
@@ -152,6 +153,8 @@ proc ::vesk::main::import_file {title kind command} {
 proc ::vesk::main::build_file_menu {m} {
     $m add command -label "New" -accelerator Ctrl+N -command ::vesk::ops::new_model
     $m add command -label "Open..." -accelerator Ctrl+O -command ::vesk::ops::open_model
+    set recent [add_cascade $m recent "Open recent"]
+    $recent configure -postcommand [list ::vesk::ops::recent_fill $recent]
     $m add command -label "Merge model..." -command {::vesk::ops::with_open_file "Merge a VESK model" vk merge_vk}
     $m add command -label "Revert to saved" -command ::vesk::ops::revert_model
     $m add command -label "Open backup" -command ::vesk::ops::open_backup
@@ -199,8 +202,17 @@ proc ::vesk::main::build_file_menu {m} {
     $m add command -label "Quit" -accelerator Ctrl+Q -command ::vesk::ops::quit
 }
 
+# A key of the flat views that means something else in the 3D view is
+# shown with the views it works in.
+proc ::vesk::main::flat_key {key} {
+    if {$key in {t v a Space f g w l 1 2}} { return "$key (flat views)" }
+    return $key
+}
+
 proc ::vesk::main::build_edit_menu {m} {
     $m add command -label "Undo" -accelerator u -command {vesk undo}
+    $m add command -label "Redo" -accelerator Ctrl+Shift+Z -command {vesk redo}
+    $m add command -label "History..." -command ::vesk::main::show_history
     $m add separator
     $m add command -label "Cut" -accelerator Ctrl+X -command {vesk clipboard_cut}
     $m add command -label "Copy" -accelerator Ctrl+C -command {vesk clipboard_copy}
@@ -217,11 +229,11 @@ proc ::vesk::main::build_edit_menu {m} {
 proc ::vesk::main::build_select_menu {m} {
     variable select_modes
     foreach {word label key number} $select_modes {
-        $m add radiobutton -label "$label mode" -accelerator $key -value $word \
+        $m add radiobutton -label "$label mode" -accelerator [flat_key $key] -value $word \
             -variable ::vesk::main::select_mode -command [list vesk set_select_mode $number]
     }
     $m add separator
-    $m add command -label "Select all" -accelerator a -command {vesk select_all}
+    $m add command -label "Select all" -accelerator [flat_key a] -command {vesk select_all}
     $m add command -label "Clear selection" -accelerator n -command {vesk clear_selection}
     $m add command -label "Select by name..." -command {::vesk::ops::ask_for select_by_name}
     $m add command -label "Unselect by name..." -command {::vesk::ops::ask_for unselect_by_name}
@@ -348,7 +360,7 @@ proc ::vesk::main::build_view_menu {m} {
     $m add command -label "Fit model" -command {vesk fit_all}
     $m add command -label "Fit selection" -accelerator Shift+F -command {vesk fit_selected_all}
     $m add command -label "Go to selection" -accelerator Shift+G -command {vesk goto_selected_all}
-    $m add command -label "Reset views" -accelerator Space -command {vesk reset_views}
+    $m add command -label "Reset views" -accelerator [flat_key Space] -command {vesk reset_views}
     $m add separator
     $m add command -label "Redraw" -command {vesk redraw_all}
     $m add command -label "Redraw flat views" -command {vesk redraw_orth}
@@ -394,6 +406,8 @@ proc ::vesk::main::build_tools_menu {m} {
         $m add radiobutton -label "Drag: $label" -accelerator $key -value $number \
             -variable ::vesk::main::drag_mode -command [list vesk set_drag_mode $number]
     }
+    $m add separator
+    $m add checkbutton -label "Keep the draw tool after each shape" -variable ::keep_draw_tool
     $m add separator
     $m add command -label "Console..." -command ::vesk::ops::console
     $m add checkbutton -label "Scripting socket" -variable ::vesk::ops::socket_on \
@@ -467,8 +481,103 @@ proc ::vesk::main::show_keys {} {
         "Everywhere"
         "  Ctrl+N Ctrl+O Ctrl+S Ctrl+Shift+S   new, open, save, save as"
         "  Ctrl+Z Ctrl+X Ctrl+C Ctrl+V          undo, cut, copy, paste"
+        "  Ctrl+Shift+Z Ctrl+Y                  redo"
         "  Ctrl+Q                               quit"
     } "\n"]
+}
+
+# ---- menu entry states ----
+
+# The name of the core command a menu entry's script runs, or "".
+proc ::vesk::main::entry_command_name {script} {
+    if {[catch {lindex $script 0} first]} { return "" }
+    switch -- $first {
+        vesk - ::vesk::ops::ask_for { return [lindex $script 1] }
+        ::vesk::ops::with_open_file - ::vesk::ops::with_save_file { return [lindex $script 3] }
+        ::vesk::ops::ask_object { return [lindex $script 1] }
+    }
+    return ""
+}
+
+# Before a menu opens: entries whose command this build lacks, and undo,
+# redo and the history when there is nothing to take back or redo, are
+# shown disabled instead of doing nothing when chosen.
+proc ::vesk::main::update_menu_states {m} {
+    if {![winfo exists $m]} { return }
+    set last [$m index end]
+    if {$last eq "none"} { return }
+    for {set i 0} {$i <= $last} {incr i} {
+        switch -- [$m type $i] {
+            cascade { update_menu_states [$m entrycget $i -menu] }
+            command {
+                set name [entry_command_name [$m entrycget $i -command]]
+                if {$name eq ""} { continue }
+                set available [vesk command_available $name]
+                $m entryconfigure $i -state [expr {$available eq "0" ? "disabled" : "normal"}]
+            }
+        }
+    }
+    if {$m eq ".mbar.edit.menu"} {
+        set undo [expr {[info exists ::undo_count] && $::undo_count > 0}]
+        set redo [expr {[info exists ::redo_count] && $::redo_count > 0}]
+        $m entryconfigure 0 -state [expr {$undo ? "normal" : "disabled"}]
+        $m entryconfigure 1 -state [expr {$redo ? "normal" : "disabled"}]
+        $m entryconfigure 2 -state [expr {$undo ? "normal" : "disabled"}]
+    }
+}
+
+# Undo from a key: with nothing to undo the status line says so.
+proc ::vesk::main::undo {} {
+    if {[info exists ::undo_count] && $::undo_count == 0} {
+        display_message "nothing to undo"
+    }
+    vesk undo
+}
+
+# ---- undo history ----
+
+# Lists the steps of the undo history, newest first; choosing one and
+# pressing Undo to here takes back that step and every later one.
+proc ::vesk::main::show_history {} {
+    set w .history
+    if {[winfo exists $w]} { destroy $w }
+    set labels [vesk undo_history]
+    if {[llength $labels] == 0} {
+        display_message "nothing to undo"
+        return
+    }
+    toplevel $w
+    wm title $w "Undo history"
+    wm transient $w .
+    set f [ttk::frame $w.f -padding 8]
+    ttk::label $f.text -text "Choose a step to take back, with every step after it:"
+    listbox $f.list -height [expr {min(15, [llength $labels])}] -width 36 -exportselection 0
+    set step [llength $labels]
+    foreach label [lreverse $labels] {
+        incr step -1
+        $f.list insert end "[expr {$step + 1}]. [expr {$label eq "" ? "(unnamed)" : $label}]"
+    }
+    $f.list selection set 0
+    ttk::frame $f.buttons
+    ttk::button $f.buttons.undo -text "Undo to here" -command [list ::vesk::main::history_chosen $w]
+    ttk::button $f.buttons.close -text "Close" -command [list destroy $w]
+    pack $f.buttons.close $f.buttons.undo -side right -padx {6 0}
+    pack $f.text -anchor w
+    pack $f.list -fill both -expand 1 -pady 6
+    pack $f.buttons -fill x
+    pack $f -fill both -expand 1
+    bind $f.list <Double-1> [list ::vesk::main::history_chosen $w]
+    bind $w <Return> [list ::vesk::main::history_chosen $w]
+    bind $w <Escape> [list destroy $w]
+    focus $f.list
+}
+
+proc ::vesk::main::history_chosen {w} {
+    set chosen [$w.f.list curselection]
+    if {$chosen eq ""} { return }
+    set count [$w.f.list size]
+    destroy $w
+    vesk undo_to [expr {$count - 1 - [lindex $chosen 0]}]
 }
 
 # ---- tool panel ----
@@ -477,6 +586,23 @@ proc ::vesk::main::build_tools {} {
     variable select_modes
     variable draw_modes
     variable drag_modes
+    # What each tool does and how it is used, for its tooltip.
+    set drag_help {
+        100 "Move: drag the selection in a flat view; Control keeps the first axis;\nduring the drag type a distance and Enter for an exact move"
+        101 "Resize: drag a handle of the selection box;\nduring the drag type a factor and Enter"
+        102 "Rotate: drag sideways in a flat view, one degree per pixel in steps;\nduring the drag type degrees and Enter"
+        103 "Extrude: drag the selected surfaces out of their plane"
+    }
+    set lines "click to add points; click the first point or the right button finishes;\nEscape cancels"
+    set shapes "drag to draw, or click for a regular one; Escape goes back to Select"
+    set draw_help [list \
+        0 "Select: click or drag a band; Shift adds, Shift with the right button removes" \
+        1 "Line: $lines" 2 "Closed line: $lines" 3 "Polygon: $lines" \
+        4 "Rectangle: $shapes" 5 "Ellipse: $shapes" 6 "Disk: $shapes" \
+        7 "Box: $shapes;\nits depth is the selection's, else as deep as wide at the 3D cursor" \
+        8 "Sphere: $shapes;\nits depth is the selection's, else as deep as wide at the 3D cursor" \
+        9 "Cylinder: $shapes" 10 "Mesh: $shapes" 11 "Grid: $shapes" 12 "Icosahedron: click where it goes" \
+        13 "Light: click where the light goes"]
     ttk::frame .tools -padding {6 6 6 6}
     set s [ttk::labelframe .tools.select -text "Select" -padding 4]
     set column 0
@@ -493,7 +619,7 @@ proc ::vesk::main::build_tools {} {
     foreach {number label key} $drag_modes {
         ttk::radiobutton $d.m$number -text $label -style Toolbutton -value $number \
             -variable ::vesk::main::drag_mode -command [list vesk set_drag_mode $number]
-        tip $d.m$number "Dragging the selection: [string tolower $label] ($key)"
+        tip $d.m$number "[dict get $drag_help $number] (key $key in the flat views)"
         grid $d.m$number -row [expr {$index / 2}] -column [expr {$index % 2}] -sticky ew
         incr index
     }
@@ -503,7 +629,7 @@ proc ::vesk::main::build_tools {} {
     foreach {number label} $draw_modes {
         ttk::radiobutton $w.m$number -text $label -style Toolbutton -value $number \
             -variable ::vesk::main::draw_mode -command [list vesk set_draw_mode $number]
-        tip $w.m$number [expr {$number == 0 ? "Select with the mouse" : "Draw: [string tolower $label]"}]
+        tip $w.m$number [dict get $draw_help $number]
         grid $w.m$number -row [expr {$index / 2}] -column [expr {$index % 2}] -sticky ew
         incr index
     }
@@ -566,9 +692,10 @@ proc ::vesk::main::build_status {} {
     ttk::label $f.size -textvariable ::size -anchor w -width 28 -font TkFixedFont
     ttk::label $f.modes -textvariable ::vesk::main::modes_text -anchor w
     ttk::label $f.undo -textvariable ::vesk::main::undo_text -anchor w
+    ttk::label $f.redo -textvariable ::vesk::main::redo_text -anchor w
     ttk::progressbar $f.progress -orient horizontal -length 120 -maximum 100 -mode determinate
     set column 0
-    foreach widget [list $f.msg $f.sel $f.coors $f.size $f.modes $f.undo] {
+    foreach widget [list $f.msg $f.sel $f.coors $f.size $f.modes $f.undo $f.redo] {
         if {$column > 0} {
             grid [ttk::separator $f.sep$column -orient vertical] -row 0 -column $column -sticky ns -padx 6
             incr column
@@ -589,7 +716,9 @@ proc ::vesk::main::bind_keys {} {
     bind . <Control-s> ::vesk::ops::save_model
     bind . <Control-S> ::vesk::ops::save_model_as
     bind . <Control-q> ::vesk::ops::quit
-    bind . <Control-z> {vesk undo}
+    bind . <Control-z> ::vesk::main::undo
+    bind . <Control-Z> {vesk redo}
+    bind . <Control-y> {vesk redo}
     bind . <Control-x> {vesk clipboard_cut}
     bind . <Control-c> {vesk clipboard_copy}
     bind . <Control-v> {vesk clipboard_paste}
@@ -619,6 +748,10 @@ proc ::vesk::main::build {} {
     }
     trace add variable ::unsaved_changes write {apply {args {::vesk::main::update_title}}}
     trace add variable ::current_file_name write {apply {args {::vesk::main::update_title}}}
+    trace add variable ::current_file_name write ::vesk::ops::recent_note
+    ::vesk::ops::recent_note
+    ::vesk::ops::enable_drop
+    ::vesk::ops::ui_settings_load
     update_modes_text
     update_selection_text
     update_title
@@ -655,6 +788,12 @@ proc ::set_undo_string {text} {
     set label [expr {$text eq "" ? "Undo" : "Undo $text"}]
     set ::vesk::main::undo_text [expr {$text eq "" ? "" : "Undo: $text"}]
     if {[winfo exists .mbar.edit.menu]} { .mbar.edit.menu entryconfigure 0 -label $label }
+}
+
+proc ::set_redo_string {text} {
+    set label [expr {$text eq "" ? "Redo" : "Redo $text"}]
+    set ::vesk::main::redo_text [expr {$text eq "" ? "" : "Redo: $text"}]
+    if {[winfo exists .mbar.edit.menu]} { .mbar.edit.menu entryconfigure 1 -label $label }
 }
 
 proc ::set_select_mode_ui {word} {

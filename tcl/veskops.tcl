@@ -352,6 +352,213 @@ proc ::vesk::ops::discard_and_run {title question command args} {
     confirm $title $question $command {*}$args
 }
 
+# ---- interface settings ----
+
+# Settings of the interface that the preferences file does not hold
+# (keep_draw_tool), kept as "name value" lines in "veskui.txt" beside it
+# and saved whenever one changes.
+namespace eval ::vesk::ops {
+    variable ui_settings {keep_draw_tool}
+}
+
+proc ::vesk::ops::ui_settings_file {} {
+    return [file join [file dirname [recent_file]] veskui.txt]
+}
+
+proc ::vesk::ops::ui_settings_load {} {
+    variable ui_settings
+    if {![catch {open [ui_settings_file] r} fd]} {
+        set text ""
+        catch {set text [read $fd 4096]}
+        close $fd
+        foreach line [split $text \n] {
+            if {[catch {llength $line} n] || $n != 2} { continue }
+            lassign $line name value
+            # Only known names, only true or false: anything else is skipped.
+            if {$name in $ui_settings && [string is boolean -strict $value]} {
+                set ::$name [expr {[string is true $value] ? 1 : 0}]
+            }
+        }
+    }
+    foreach name $ui_settings {
+        trace add variable ::$name write ::vesk::ops::ui_settings_save
+    }
+}
+
+proc ::vesk::ops::ui_settings_save {args} {
+    variable ui_settings
+    set target [ui_settings_file]
+    set temp $target.new
+    if {[catch {
+        set fd [open $temp w]
+        foreach name $ui_settings {
+            if {[info exists ::$name]} { puts $fd [list $name [set ::$name]] }
+        }
+        close $fd
+        file rename -force $temp $target
+    } error]} {
+        catch {close $fd}
+        catch {file delete $temp}
+        message "interface settings could not be saved: $error"
+    }
+}
+
+# ---- recent files ----
+
+# The last ten model files opened or saved, newest first, kept one path
+# per line in "veskrecent.txt" beside the preferences file.
+namespace eval ::vesk::ops {
+    variable recent {}
+    variable recent_loaded 0
+    variable recent_limit 10
+}
+
+proc ::vesk::ops::recent_file {} {
+    foreach name {USERPROFILE HOME} {
+        if {[info exists ::env($name)] && $::env($name) ne ""} {
+            return [file join $::env($name) veskrecent.txt]
+        }
+    }
+    return veskrecent.txt
+}
+
+# Reads the list once; an unreadable or odd file gives what of it makes
+# sense (lines that are not absolute paths are skipped).
+proc ::vesk::ops::recent_load {} {
+    variable recent
+    variable recent_loaded
+    variable recent_limit
+    if {$recent_loaded} { return }
+    set recent_loaded 1
+    set recent {}
+    if {[catch {open [recent_file] r} fd]} { return }
+    fconfigure $fd -encoding utf-8
+    set lines {}
+    catch {set lines [split [read $fd 65536] \n]}
+    close $fd
+    foreach line $lines {
+        set path [string trimright $line \r]
+        if {$path eq "" || [file pathtype $path] ne "absolute" || $path in $recent} { continue }
+        lappend recent $path
+        if {[llength $recent] >= $recent_limit} { break }
+    }
+}
+
+# Writes the list beside a temporary copy first, so that a full disk
+# leaves the old list whole.
+proc ::vesk::ops::recent_save {} {
+    variable recent
+    set target [recent_file]
+    set temp $target.new
+    if {[catch {
+        set fd [open $temp w]
+        fconfigure $fd -encoding utf-8
+        puts -nonewline $fd [join $recent \n]
+        if {[llength $recent]} { puts $fd "" }
+        close $fd
+        file rename -force $temp $target
+    } error]} {
+        catch {close $fd}
+        catch {file delete $temp}
+        message "the list of recent files could not be saved: $error"
+    }
+}
+
+proc ::vesk::ops::recent_add {path} {
+    variable recent
+    variable recent_limit
+    if {$path eq "" || [string first \n $path] >= 0} { return }
+    recent_load
+    set path [file normalize $path]
+    set recent [linsert [lsearch -all -inline -not -exact $recent $path] 0 $path]
+    set recent [lrange $recent 0 [expr {$recent_limit - 1}]]
+    recent_save
+}
+
+proc ::vesk::ops::recent_remove {path} {
+    variable recent
+    recent_load
+    set recent [lsearch -all -inline -not -exact $recent $path]
+    recent_save
+}
+
+proc ::vesk::ops::recent_list {} {
+    variable recent
+    recent_load
+    return $recent
+}
+
+# The model's file changed (an open or a save): it heads the list.
+proc ::vesk::ops::recent_note {args} {
+    set file [current_file]
+    if {$file ne "" && [file isfile $file]} { recent_add $file }
+}
+
+# Fills File > Open recent each time it opens.
+proc ::vesk::ops::recent_fill {m} {
+    $m delete 0 end
+    set paths [recent_list]
+    if {[llength $paths] == 0} {
+        $m add command -label "(no recent files)" -state disabled
+        return
+    }
+    set n 0
+    foreach path $paths {
+        incr n
+        set label "$n [file tail $path]  \u2014  [file dirname $path]"
+        $m add command -label $label -underline 0 -command [list ::vesk::ops::open_recent $path]
+    }
+    $m add separator
+    $m add command -label "Clear the list" -command {
+        set ::vesk::ops::recent {}
+        ::vesk::ops::recent_save
+    }
+}
+
+# A file of the list that is gone is said so and dropped from the list;
+# the model stays as it is.
+proc ::vesk::ops::open_recent {path} {
+    if {![file isfile $path]} {
+        recent_remove $path
+        error_box "Open recent" "The file '$path' no longer exists." "It has been removed from the list of recent files."
+        return
+    }
+    if {![may_discard "Open model"]} { return }
+    run open_vk $path
+}
+
+proc ::vesk::ops::error_box {title message {detail ""}} {
+    if {[no_questions]} {
+        message "$title: $message $detail"
+        return
+    }
+    tk_messageBox -parent . -icon error -type ok -title $title -message $message -detail $detail
+}
+
+# Files dropped on the main window (where Tk has a drop package): the
+# first model file is opened; anything else is refused with a message and
+# changes nothing.
+proc ::vesk::ops::drop_files {files} {
+    foreach path $files {
+        if {[string tolower [file extension $path]] eq ".vk" && [file isfile $path]} {
+            if {![may_discard "Open model"]} { return }
+            run open_vk $path
+            return
+        }
+    }
+    set names [join [lmap f $files {file tail $f}] ", "]
+    error_box "Drop" "Only VESK model files (.vk) can be dropped here." "Nothing was opened: $names"
+}
+
+proc ::vesk::ops::enable_drop {} {
+    if {[catch {package require tkdnd}]} { return 0 }
+    if {[catch {
+        tkdnd::drop_target register . DND_Files
+        bind . <<Drop:DND_Files>> {::vesk::ops::drop_files %D; return %A}
+    }]} { return 0 }
+    return 1
+}
+
 # Returns 1 when the model was written.
 proc ::vesk::ops::save_model {} {
     set file [current_file]

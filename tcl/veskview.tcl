@@ -43,6 +43,7 @@ proc ::vesk::view::build {} {
         build_view $ident
     }
     menu .views.popup3d -tearoff 0
+    fill_popup_picks .views.popup3d
     fill_3d_menu .views.popup3d
     apply_layout
     foreach name {viewsetting prefs_show_window_labels prefs_window_3d_width_percent
@@ -145,28 +146,31 @@ proc ::vesk::view::toggle_single {ident} {
 
 # The 3D entries, shared by the pop-up menu and the View menu.  The
 # accelerators are the 3D view's own keys (they act with the pointer in it).
+# The 3D view's keys mean other things in the flat views, so each
+# accelerator names its view.
 proc ::vesk::view::fill_3d_menu {m} {
-    $m add command -label "Reset view" -accelerator Space -command ::vesk::view::reset_3d
+    $m add command -label "Reset view" -accelerator "Space (3D view)" -command ::vesk::view::reset_3d
+    $m add command -label "Fit model" -accelerator "h (3D view)" -command {vesk fit_3d}
     $m add separator
-    $m add radiobutton -label "Spin mode" -accelerator 1 -variable ::person_walk_vehicle -value 0 \
+    $m add radiobutton -label "Spin mode" -accelerator "1 (3D view)" -variable ::person_walk_vehicle -value 0 \
         -command {vesk set_spin_viewer}
-    $m add radiobutton -label "Walk mode" -accelerator 2 -variable ::person_walk_vehicle -value 1 \
+    $m add radiobutton -label "Walk mode" -accelerator "2 (3D view)" -variable ::person_walk_vehicle -value 1 \
         -command {vesk set_walk_viewer}
     $m add separator
-    $m add radiobutton -label "Filled" -accelerator f -variable ::prefs_view3dmode -value 0 \
+    $m add radiobutton -label "Filled" -accelerator "f (3D view)" -variable ::prefs_view3dmode -value 0 \
         -command {vesk redraw_3d}
-    $m add radiobutton -label "Wireframe" -accelerator w -variable ::prefs_view3dmode -value 1 \
+    $m add radiobutton -label "Wireframe" -accelerator "w (3D view)" -variable ::prefs_view3dmode -value 1 \
         -command {vesk redraw_3d}
-    $m add radiobutton -label "Points" -accelerator v -variable ::prefs_view3dmode -value 2 \
+    $m add radiobutton -label "Points" -accelerator "v (3D view)" -variable ::prefs_view3dmode -value 2 \
         -command {vesk redraw_3d}
     $m add separator
-    $m add checkbutton -label "Textures" -accelerator t -variable ::prefs_view3dtextures \
+    $m add checkbutton -label "Textures" -accelerator "t (3D view)" -variable ::prefs_view3dtextures \
         -command {vesk redraw_3d}
-    $m add checkbutton -label "Show axes" -accelerator a -variable ::prefs_show_axis \
+    $m add checkbutton -label "Show axes" -accelerator "a (3D view)" -variable ::prefs_show_axis \
         -command {vesk redraw_3d}
-    $m add checkbutton -label "Show grid" -accelerator g -variable ::prefs_show_3d_grid \
+    $m add checkbutton -label "Show grid" -accelerator "g (3D view)" -variable ::prefs_show_3d_grid \
         -command {vesk redraw_3d}
-    $m add checkbutton -label "Headlight" -accelerator l -variable ::prefs_headlight \
+    $m add checkbutton -label "Headlight" -accelerator "l (3D view)" -variable ::prefs_headlight \
         -command {vesk redraw_3d}
     $m add separator
     $m add command -label "Centre on selection" -command {vesk set_view_3d_selection}
@@ -186,8 +190,25 @@ proc ::vesk::view::reset_3d {} {
     }
 }
 
+# The 3D view's menu starts with what can be done to the object under the
+# pointer where the menu was opened.
+proc ::vesk::view::fill_popup_picks {m} {
+    $m add command -label "Select what is here" -command {::vesk::view::pick_here 0}
+    $m add command -label "Add what is here to the selection" -command {::vesk::view::pick_here 1}
+    $m add command -label "Remove what is here from the selection" -command {::vesk::view::pick_here 2}
+    $m add command -label "Fit the selection" -command {vesk fit_3d}
+    $m add separator
+}
+
+proc ::vesk::view::pick_here {how} {
+    variable popup_at
+    if {![info exists popup_at]} { return }
+    vesk pick_3d {*}$popup_at $how
+}
+
 proc ::popup_3d_menu {x y} {
     if {![string is integer -strict $x] || ![string is integer -strict $y]} { return }
+    set ::vesk::view::popup_at [list $x $y]
     set win [::vesk::view::window_of xyz]
     # A layout change may still be waiting to be laid out.
     update idletasks

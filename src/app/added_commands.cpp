@@ -7,7 +7,9 @@
 #include "app/added_commands.h"
 #include "app/autosave.h"
 #include "app/commands.h"
+#include "edit/redo.h"
 #include "fileio/vk_document.h"
+#include "view/camera_fit.h"
 
 #define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
 
@@ -38,6 +40,17 @@ static const AddedCommand added_table[] = {
      "open unsaved work that a stopped program left, in place of the model"},
     {"discard_recovery_file", CMDFN(command_discard_recovery_file), 1, "s", "<recovery-file>",
      "delete unsaved work that a stopped program left"},
+    {"redo", CMDFN(REDO), 0, nullptr, nullptr, "do again what the last undo took back"},
+    {"undo_history", CMDFN(command_undo_history), 0, nullptr, nullptr,
+     "list the labels of the undo history, oldest first"},
+    {"command_available", CMDFN(command_available), 1, "s", "<command>",
+     "1 when the command exists and works in this build, else 0"},
+    {"fit_3d", CMDFN(fit_3d_view), 0, nullptr, nullptr,
+     "place the 3D view's camera so that the selection, or the whole model, fills the view"},
+    {"pick_3d", CMDFN(command_pick_3d), 3, "fff", "<x> <y> <0 select, 1 add, 2 remove>",
+     "pick what lies under a window point of the 3D view, as Control+click does"},
+    {"undo_to", CMDFN(command_undo_to), 1, "d", "<step>",
+     "undo back to a step of the undo history, counted from 0 at the oldest"},
 };
 
 void register_added_commands(void)

@@ -17,6 +17,9 @@ Command *find_command(const char *name);
 
 /* Stubs for commands whose operation this build does not have yet. */
 int not_available_none(void);
+/* Command "command_available": 1 when the named command exists and does
+ * its work in this build (not a stand-in), else 0. */
+int command_available(char *name);
 int not_available_d(int);
 int not_available_f(float);
 int not_available_s(char *);

@@ -316,6 +316,8 @@ int do_command(int argc, char **argv)
 int not_available_none(void)
 {
     console_printf("command '%s' is not available yet\n", command_running_name);
+    /* The user who chose it sees why nothing happened. */
+    display_message("%s - not available in this version", command_running_name ? command_running_name : "command");
     return 0;
 }
 int not_available_d(int) { return not_available_none(); }
@@ -325,6 +327,32 @@ int not_available_sd(char *, int) { return not_available_none(); }
 int not_available_ff(float, float) { return not_available_none(); }
 int not_available_fff(float, float, float) { return not_available_none(); }
 int not_available_ffffff(float, float, float, float, float, float) { return not_available_none(); }
+
+/* 1 when the function is one of the stand-ins above. */
+static int is_stand_in(vk_command_function f)
+{
+    const vk_command_function stand_ins[] = {
+        reinterpret_cast<vk_command_function>(&not_available_none),
+        reinterpret_cast<vk_command_function>(&not_available_d),
+        reinterpret_cast<vk_command_function>(&not_available_f),
+        reinterpret_cast<vk_command_function>(&not_available_s),
+        reinterpret_cast<vk_command_function>(&not_available_sd),
+        reinterpret_cast<vk_command_function>(&not_available_ff),
+        reinterpret_cast<vk_command_function>(&not_available_fff),
+        reinterpret_cast<vk_command_function>(&not_available_ffffff),
+    };
+    for (vk_command_function s : stand_ins) {
+        if (s == f) return 1;
+    }
+    return 0;
+}
+
+int command_available(char *name)
+{
+    Command *c = name ? find_command(name) : nullptr;
+    command_result_set(c && c->function && !is_stand_in(c->function) ? "1" : "0");
+    return 1;
+}
 
 int command_list(void)
 {

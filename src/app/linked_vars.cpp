@@ -9,13 +9,17 @@
 #include "app/prefs.h"
 #include "app/shared_state.h"
 #include "app/tcl_bridge.h"
+#include "edit/redo.h"
 #include "edit/selection.h"
+#include "view/interaction.h"
 
 #include <tcl.h>
 
 static const LinkedVar linked_vars[] = {
     {"VESK_HOME", &vesk_home, TCL_LINK_STRING},
     {"undo_count", &undo_count, TCL_LINK_INT | TCL_LINK_READ_ONLY},
+    {"redo_count", &redo_count, TCL_LINK_INT | TCL_LINK_READ_ONLY},
+    {"keep_draw_tool", &keep_draw_tool, TCL_LINK_BOOLEAN},
     {"numselected", &selection.num_selected_vertices, TCL_LINK_INT | TCL_LINK_READ_ONLY},
     {"numselectedobjects", &selection.num_selected_objects, TCL_LINK_INT | TCL_LINK_READ_ONLY},
     {"objects_are_hidden", &objects_are_hidden, TCL_LINK_BOOLEAN | TCL_LINK_READ_ONLY},

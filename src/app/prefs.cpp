@@ -3,6 +3,7 @@
  * The file is a magic line "VKPR <version>" followed by one
  * "name value" line per setting, in table order.
  */
+#include "app/tcl_bridge.h"
 #include "app/prefs.h"
 #include "app/frontend.h"
 #include "core/internal.h"
@@ -319,7 +320,7 @@ int save_prefs(void)
         command_result_set("0");
         return 0;
     }
-    windows_message_dialog("Settings have been saved to %s", path);
+    windows_info_dialog("Settings have been saved to %s", path);
     command_result_set("1");
     return 1;
 }

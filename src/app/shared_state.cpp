@@ -4,6 +4,7 @@
  * a script writes to them.
  */
 #include "app/shared_state.h"
+#include "edit/redo.h"
 #include "app/linked_vars.h"
 
 #include <tcl.h>
@@ -37,6 +38,8 @@ void set_current_file_name(const char *path)
 
 void set_unsaved_changes(int value)
 {
+    /* A change made without an undo record still makes redo stale. */
+    if (value) redo_new_edit();
     unsaved_changes = value ? 1 : 0;
     ui_update_linked_var(&unsaved_changes);
 }

@@ -10,6 +10,7 @@
 #include "app/frontend.h"
 #include "app/linked_vars.h"
 #include "core/internal.h"
+#include "edit/redo.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -94,6 +95,11 @@ void set_undo_string(const char *text)
     tcl_call("set_undo_string", text ? text : "");
 }
 
+void set_redo_string(const char *text)
+{
+    tcl_call("set_redo_string", text ? text : "");
+}
+
 void popup_3d_menu(int x, int y)
 {
     tcl_command("popup_3d_menu %d %d", x, y);
@@ -135,6 +141,30 @@ const char *tcl_eval_file(const char *path)
     return Tcl_GetStringResult(tcl_interp);
 }
 
+/* A modal message box with the given icon; standard error without Tk. */
+static int show_message_box(const char *icon, const char *text)
+{
+    if (!frontend.has_tk || !tcl_interp) {
+        fprintf(stderr, "%s\n", text);
+        return 1;
+    }
+    const char *script[] = {"tk_messageBox", "-title", "VESK Message", "-message", text,
+                            "-type", "ok", "-icon", icon};
+    const int n = (int)(sizeof script / sizeof script[0]);
+    Tcl_Obj *words[n];
+    for (int i = 0; i < n; i++) {
+        words[i] = Tcl_NewStringObj(script[i], -1);
+        Tcl_IncrRefCount(words[i]);
+    }
+    if (Tcl_EvalObjv(tcl_interp, n, words, TCL_EVAL_GLOBAL) != TCL_OK) {
+        fprintf(stderr, "%s\n", text);
+    }
+    for (Tcl_Obj *w : words) Tcl_DecrRefCount(w);
+    return 1;
+}
+
+/* Message boxes report what went wrong, so they carry the error icon;
+ * windows_info_dialog is for the few that only tell. */
 int windows_message_dialog(const char *format, ...)
 {
     char buffer[MESSAGE_BUFFER];
@@ -142,22 +172,17 @@ int windows_message_dialog(const char *format, ...)
     va_start(ap, format);
     vsnprintf(buffer, sizeof buffer, format, ap);
     va_end(ap);
-    if (!frontend.has_tk || !tcl_interp) {
-        fprintf(stderr, "%s\n", buffer);
-        return 1;
-    }
-    const char *script[] = {"tk_messageBox", "-title", "VESK Message", "-message", buffer,
-                            "-type", "ok"};
-    Tcl_Obj *words[7];
-    for (int i = 0; i < 7; i++) {
-        words[i] = Tcl_NewStringObj(script[i], -1);
-        Tcl_IncrRefCount(words[i]);
-    }
-    if (Tcl_EvalObjv(tcl_interp, 7, words, TCL_EVAL_GLOBAL) != TCL_OK) {
-        fprintf(stderr, "%s\n", buffer);
-    }
-    for (Tcl_Obj *w : words) Tcl_DecrRefCount(w);
-    return 1;
+    return show_message_box("error", buffer);
+}
+
+int windows_info_dialog(const char *format, ...)
+{
+    char buffer[MESSAGE_BUFFER];
+    va_list ap;
+    va_start(ap, format);
+    vsnprintf(buffer, sizeof buffer, format, ap);
+    va_end(ap);
+    return show_message_box("info", buffer);
 }
 
 double vk_get_version_number(void) { return 2.0; }

@@ -8,9 +8,14 @@
 
 #include <tcl.h>
 
+#include "vesk.h"
+
 extern Tcl_Interp *tcl_interp;
 
 void tcl_trace_error(const char *where);
+/* Like windows_message_dialog, with the information icon instead of the
+ * error icon: for messages that report success. */
+int windows_info_dialog(const char *format, ...) VK_PRINTF(1, 2);
 const char *tcl_eval_file(const char *path);
 void popup_3d_menu(int x, int y);
 void tcl_update(void);

@@ -27,6 +27,7 @@ proc add_palette_button {args} {}
 proc remove_palette_buttons_from {args} {}
 proc set_progress_bar {args} {}
 proc set_undo_string {args} {}
+proc set_redo_string {args} {}
 proc edit_colour_ui {args} {}
 proc popup_3d_menu {args} {}
 proc set_select_mode_ui {args} {}

@@ -10,6 +10,7 @@
  * sets.  The vertices' scratch field numbers them and marks, per surface,
  * which vertices a surface has already referenced.
  */
+#include "app/tcl_bridge.h"
 #include "edit/object_ops.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
@@ -212,7 +213,7 @@ int optimize_selected(void)
     selection_publish_counts();
     edit_mark_changed();
     redraw_all();
-    windows_message_dialog("Vertex optimization finished - vertices removed = %d", removed);
+    windows_info_dialog("Vertex optimization finished - vertices removed = %d", removed);
     display_message("optimize vertices done");
     return 1;
 }
@@ -435,7 +436,7 @@ int selected_optimize_surfaces(void)
     selection_publish_counts();
     edit_mark_changed();
     redraw_all();
-    windows_message_dialog("Surface optimization finished - %d surfaces removed", removed);
+    windows_info_dialog("Surface optimization finished - %d surfaces removed", removed);
     display_message("optimize surfaces done");
     return 1;
 }

@@ -6,6 +6,7 @@
  * lists it touches, so that operations on a million vertices stay linear.
  */
 #include "edit/object_ops.h"
+#include "edit/redo.h"
 #include "edit/selection.h"
 #include "app/linked_vars.h"
 #include "app/shared_state.h"
@@ -17,6 +18,8 @@
 
 void edit_mark_changed(void)
 {
+    /* Any change of the model makes what redo would put back stale. */
+    redo_new_edit();
     unsaved_changes = 1;
     ui_update_linked_var(&unsaved_changes);
 }

@@ -181,7 +181,11 @@ static void insert_on_surface(ObjectAppender *append, Surface *surface, std::vec
 
 int selected_insert_vertex(void)
 {
-    if (selection.num_selected_vertices < 2) return 0;
+    if (selection.num_selected_vertices < 2) {
+        /* Nothing happens; the user learns why. */
+        display_message("insert vertex - select two neighbouring vertices of a surface first");
+        return 0;
+    }
     display_message("insert vertex...");
     List *touched = nullptr;
     find_surfaces_with_selected_vertex(world, &touched);

@@ -13,6 +13,7 @@
  * an edit that kept no undo can never reach freed memory.
  */
 #include "edit/undo.h"
+#include "edit/redo.h"
 #include "edit/object_ops.h"
 #include "edit/selection.h"
 #include "edit/transform.h"
@@ -24,6 +25,7 @@
 
 #include <cstring>
 #include <deque>
+#include <string>
 #include <vector>
 
 /* Allocated once and never destroyed: the records still in the history
@@ -68,6 +70,7 @@ static void free_record(UndoRecord *r)
 UndoRecord *new_undo(int kind, const char *label)
 {
     debugf("setting up undo for %s\n", label ? label : "");
+    redo_new_edit();
     UndoRecord *r = (UndoRecord *)myalloc(sizeof(UndoRecord));
     memset(r, 0, sizeof *r);
     r->kind = kind;
@@ -93,6 +96,7 @@ UndoRecord *undo_current(void)
 
 void clear_all_undos(void)
 {
+    redo_new_edit();
     for (UndoRecord *r : history) free_record(r);
     history.clear();
     current = nullptr;
@@ -503,9 +507,54 @@ int UNDO(void)
         return 0;
     }
     display_message("undo...");
+    RedoEntry *again = redo_capture(current);
+    /* The undos that wipe the history keep the redo list. */
+    int previous = redo_hold();
+    int reverted = revert(current);
+    if (reverted) edit_mark_changed();
+    redo_release(previous);
     /* A kind without an action stays current and reverts nothing. */
-    if (revert(current)) edit_mark_changed();
+    if (reverted) {
+        redo_push(again);
+    } else {
+        redo_discard(again);
+    }
     display_message("undo done");
     display_status();
+    return 1;
+}
+
+/* ---- the history as the user sees it ---- */
+
+int command_undo_history(void)
+{
+    command_result_set("");
+    const char *sep = "";
+    for (const UndoRecord *r : history) {
+        /* Braces and backslashes would break the list the scripts read. */
+        std::string label = label_of(r);
+        for (char &c : label) {
+            if (c == '{' || c == '}' || c == '\\') c = '?';
+        }
+        command_result_appendf("%s{%s}", sep, label.c_str());
+        sep = " ";
+    }
+    return 1;
+}
+
+int command_undo_to(int step)
+{
+    if (step < 0 || step >= (int)history.size()) {
+        display_message("undo to step %d - the history has no such step", step);
+        return 0;
+    }
+    /* Each undo takes back one record; one that wipes the history or
+     * reverts nothing ends the walk. */
+    while ((int)history.size() > step) {
+        size_t before = history.size();
+        UndoRecord *was = current;
+        UNDO();
+        if (history.size() >= before || current == was) break;
+    }
     return 1;
 }

@@ -86,4 +86,10 @@ UndoRecord *undo_current(void);
  * positions). */
 void set_undo_selected_vertex_positions(void);
 
+/* Commands "undo_history" (the labels, oldest first, as a Tcl list) and
+ * "undo_to" (undoes until the history holds only the steps before the
+ * given one, counted from 0 at the oldest). */
+int command_undo_history(void);
+int command_undo_to(int step);
+
 #endif

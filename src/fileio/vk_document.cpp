@@ -12,6 +12,7 @@
  * "open_backup_vk") or joins it as one undoable step ("merge_vk").
  * "new_model" starts an empty model with no file and nothing unsaved.
  */
+#include "view/camera_fit.h"
 #include "fileio/vk_document.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
@@ -176,7 +177,10 @@ static void show_loaded(List *tops)
     find_bounding_box();
     selection_publish_counts();
     redraw_all();
-    if (prefs.fit_view_after_load && tops) fit_selected_all();
+    if (prefs.fit_view_after_load && tops) {
+        fit_selected_all();
+        fit_3d_view();
+    }
     display_status();
 }
 

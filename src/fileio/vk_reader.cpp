@@ -4,6 +4,7 @@
  * vk_blocks.cpp has read the objects) selecting what was loaded,
  * computing its normals and fitting the views.
  */
+#include "view/camera_fit.h"
 #include "fileio/vk_file.h"
 #include "fileio/vk_reader_internal.h"
 #include "app/prefs.h"
@@ -127,6 +128,7 @@ static void finish_load(VkRead *r, int select, int fit)
     calc_loaded_normals(r);
     if (fit) {
         fit_selected_all();
+        fit_3d_view();
         redraw_3d();
     } else {
         redraw_all();

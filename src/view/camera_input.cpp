@@ -9,6 +9,8 @@
 #include "app/linked_vars.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
+#include "app/tcl_bridge.h"
+#include "view/camera_fit.h"
 #include "view/camera.h"
 #include "view/redraw.h"
 #include "vesk.h"
@@ -26,6 +28,7 @@ static struct {
     int last_dx, last_dy;
     unsigned long last_motion_time;
     int saved_mode, saved_textures, saved;
+    int moved;                /* the pointer moved since the press */
     Tcl_TimerToken spin_timer;
 } drag;
 
@@ -88,6 +91,8 @@ int handle_key_press_3d(int character, int state)
     case 'f': prefs.view_3d_mode = 0; ui_update_linked_var(&prefs.view_3d_mode); break;
     case 'w': prefs.view_3d_mode = 1; ui_update_linked_var(&prefs.view_3d_mode); break;
     case 'v': prefs.view_3d_mode = 2; ui_update_linked_var(&prefs.view_3d_mode); break;
+    /* Added: "home" frames the model. */
+    case 'h': fit_3d_view(); break;
     default: return 0;
     }
     request_redisplay(3);
@@ -128,6 +133,7 @@ void handle_mouse_down_3d(int x, int y, int button, int state)
     drag.last_x = x;
     drag.last_y = y;
     drag.last_dx = drag.last_dy = 0;
+    drag.moved = 0;
     if (drag.control_press) return;
     Person *p = get_person();
     if (button == 1) {
@@ -170,6 +176,7 @@ void handle_mouse_move_3d(int x, int y, unsigned long time)
     drag.last_dx = dx;
     drag.last_dy = dy;
     drag.last_motion_time = time;
+    if (dx || dy) drag.moved = 1;
     if (dx || dy) request_redisplay(3);
 }
 
@@ -200,8 +207,11 @@ void handle_mouse_up_3d(int x, int y, int button, unsigned long time, int state)
             p->spin_velocity[0] = p->spin_velocity[1] = 0.0f;
         }
     }
+    int clicked_third = button == 3 && drag.right_drag && !drag.moved;
     drag.left_drag = drag.right_drag = 0;
     request_redisplay(3);
+    /* A third-button click that did not zoom opens the 3D view's menu. */
+    if (clicked_third) popup_3d_menu(x, y);
 }
 
 void handle_enter_3d(void) {}

@@ -12,6 +12,7 @@
 #include "app/shared_state.h"
 #include "app/tcl_bridge.h"
 #include "core/internal.h"
+#include "edit/object_ops.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
 #include "view/interaction_actions.h"
@@ -28,6 +29,7 @@ enum { HANDLE_TOP = 1, HANDLE_BOTTOM = 2, HANDLE_LEFT = 4, HANDLE_RIGHT = 8, HAN
 
 int interaction_mode = 0;
 int move_submode = MODE_MOVE;
+int keep_draw_tool = 0;
 
 /* The state of one gesture. */
 static struct {
@@ -46,6 +48,10 @@ static struct {
 } g;
 
 static const int view_axes[3][2] = {{0, 1}, {2, 1}, {0, 2}};
+
+/* A number typed during a transform drag (see typed_key). */
+static char typed[32];
+static int typed_len = 0;
 
 /* ---- the line under construction ---- */
 
@@ -132,6 +138,49 @@ static void set_mode(int mode)
     tcl_set_string("draw_mode_name", draw_mode_name(mode < MODE_MOVE ? mode : 0));
 }
 
+/* How to go on with the chosen draw tool, on the status line. */
+static void show_drawing_hint(void)
+{
+    int mode = interaction_mode;
+    if (mode >= 1 && mode <= 3) {
+        display_message("%s: click to add points; click the first point or press the right button to finish; "
+                        "Escape cancels",
+                        draw_mode_name(mode));
+    } else if (mode >= 4 && mode <= 12) {
+        display_message("%s: drag to draw one, or click for a regular one; Escape goes back to Select",
+                        draw_mode_name(mode));
+    } else if (mode == 13) {
+        display_message("light: click where the light goes; Escape goes back to Select");
+    }
+}
+
+int cancel_drawing(void)
+{
+    check_line_object();
+    if (g.line_object) {
+        Object *o = g.line_object;
+        g.line_object = nullptr;
+        g.line_surface = nullptr;
+        g.last_vertex = nullptr;
+        clear_line_bands();
+        /* The line was never recorded for undo: it goes as if never drawn. */
+        object_delete(o);
+        selection_forget_dead();
+        find_bounding_box();
+        selection_publish_counts();
+        redraw_all();
+        display_message("%s cancelled", draw_mode_name(interaction_mode));
+        return 1;
+    }
+    if (interaction_mode >= 1 && interaction_mode <= 13 && !g.button_down) {
+        set_mode(0);
+        display_message("back to Select");
+        display_status();
+        return 1;
+    }
+    return 0;
+}
+
 int set_new_draw_mode(int mode)
 {
     if ((mode < 0 || mode > 13) && mode != MODE_ZOOM) {
@@ -145,6 +194,7 @@ int set_new_draw_mode(int mode)
         redraw_all();
     }
     set_mode(mode);
+    show_drawing_hint();
     return 1;
 }
 
@@ -334,6 +384,8 @@ void handle_mouse_down(int view, int x, int y, int button, int state)
 {
     if (view < 0 || view > 2 || g.button_down) return;
     g.button_down = 1;
+    typed_len = 0;
+    typed[0] = 0;
     g.button = button;
     g.view = view;
     g.mode_at_down = interaction_mode;
@@ -462,21 +514,176 @@ static void drag_update(int view, int x, int y)
         band_box(view, mn, mx, 0.0f, nullptr);
         band_line(view, g.down_x, g.down_y, x, y);
         show_coors_and_len(g.current, g.down, g.current);
+        if (interaction_mode == MODE_MOVE && !typed_len) {
+            display_message("move %g %g %g - or type a distance and Enter", d[0], d[1], d[2]);
+        }
         break;
     }
     case MODE_RESIZE:
         update_resize(view);
         band_box(view, g.new_min, g.new_max, 0.0f, nullptr);
         show_size(g.new_min, g.new_max);
+        if (!typed_len) {
+            display_message("size %g %g %g - or type a factor and Enter", g.new_max[0] - g.new_min[0],
+                            g.new_max[1] - g.new_min[1], g.new_max[2] - g.new_min[2]);
+        }
         break;
     case MODE_ROTATE:
         update_rotation(x);
         band_box(view, g.box_min, g.box_max, g.rotate_degrees, g.rotate_centre);
         show_angle(g.rotate_degrees);
+        if (!typed_len) display_message("rotate %g degrees - or type degrees and Enter", g.rotate_degrees);
         break;
     default:
         break;
     }
+}
+
+/* ---- numbers typed during a drag ---- */
+
+/* While a move, resize or rotate drag is held, typed characters collect
+ * here; Enter applies exactly that amount on the drag's axis and ends the
+ * drag: a distance for a move, a factor for a resize, degrees for a
+ * rotation. */
+static const char axis_names[3] = {'x', 'y', 'z'};
+
+static int dragging_transform(void)
+{
+    return g.button_down && (interaction_mode == MODE_MOVE || interaction_mode == MODE_RESIZE ||
+                             interaction_mode == MODE_ROTATE);
+}
+
+/* The model axis the drag goes along: the view's axis on which the
+ * pointer has moved further, the horizontal one before any motion. */
+static int drag_axis(void)
+{
+    int h = view_axes[g.view][0], v = view_axes[g.view][1];
+    return std::fabs(g.current[v] - g.down[v]) > std::fabs(g.current[h] - g.down[h]) ? v : h;
+}
+
+static const char *typed_meaning(void)
+{
+    switch (interaction_mode) {
+    case MODE_MOVE: return "move by";
+    case MODE_RESIZE: return "resize by the factor";
+    default: return "rotate by degrees";
+    }
+}
+
+static void show_typed(void)
+{
+    if (interaction_mode == MODE_ROTATE) {
+        display_message("%s: %s - Enter applies it, Escape clears it", typed_meaning(), typed);
+    } else {
+        display_message("%s along %c: %s - Enter applies it, Escape clears it", typed_meaning(),
+                        axis_names[drag_axis()], typed);
+    }
+}
+
+static void clear_typed(void)
+{
+    typed_len = 0;
+    typed[0] = 0;
+}
+
+/* The drag is over once its exact amount is applied: the release that
+ * follows finds no drag. */
+static void end_drag_after_typed(void)
+{
+    g.button_down = 0;
+    overlay_clear(g.view);
+    set_mode(0);
+    clear_typed();
+    redraw_all();
+    display_status();
+}
+
+static int resize_by_factor(float factor)
+{
+    int a = drag_axis();
+    float extent = g.box_max[a] - g.box_min[a];
+    if (!(extent > 0.0f)) {
+        display_message("resize: the selection has no size along %c to scale - nothing changed", axis_names[a]);
+        return 0;
+    }
+    float new_max[3], new_min[3];
+    for (int i = 0; i < 3; i++) {
+        new_max[i] = g.box_max[i];
+        new_min[i] = g.box_min[i];
+    }
+    /* The side nearer the press moves; the other stays, as with a handle. */
+    if (std::fabs(g.down[a] - g.box_max[a]) <= std::fabs(g.down[a] - g.box_min[a])) {
+        new_max[a] = g.box_min[a] + extent * factor;
+    } else {
+        new_min[a] = g.box_max[a] - extent * factor;
+    }
+    action_resize(g.box_max, g.box_min, new_max, new_min);
+    return 1;
+}
+
+static void apply_typed(void)
+{
+    char *end = nullptr;
+    double value = typed_len ? strtod(typed, &end) : 0.0;
+    int usable = typed_len && end && *end == 0 && std::isfinite(value) && std::fabs(value) <= 1e7;
+    if (usable && interaction_mode == MODE_RESIZE && !(value > 0.0)) usable = 0;
+    if (!usable) {
+        if (!typed_len) display_message("type a number first, then Enter");
+        else if (interaction_mode == MODE_RESIZE)
+            display_message("resize: \"%s\" is not a factor above 0 - nothing changed; type another", typed);
+        else display_message("\"%s\" is not a usable number - nothing changed; type another", typed);
+        clear_typed();
+        return;
+    }
+    float amount = (float)value;
+    int axis = drag_axis();
+    if (interaction_mode == MODE_MOVE) {
+        float d[3] = {0, 0, 0};
+        d[axis] = amount;
+        action_move(d);
+        end_drag_after_typed();
+        display_message("moved %g along %c", amount, axis_names[axis]);
+    } else if (interaction_mode == MODE_ROTATE) {
+        update_rotation(g.down_x);
+        action_rotate(amount, g.view, g.rotate_centre);
+        end_drag_after_typed();
+        display_message("rotated %g degrees", amount);
+    } else {
+        int done = resize_by_factor(amount);
+        clear_typed();
+        if (!done) return;
+        end_drag_after_typed();
+        display_message("resized by %g along %c", amount, axis_names[axis]);
+    }
+}
+
+/* A key during a transform drag; 1 when it was taken. */
+static int typed_key(int character)
+{
+    if (!dragging_transform()) return 0;
+    if (character == '\r' || character == '\n') {
+        apply_typed();
+        return 1;
+    }
+    if (character == KEY_ESCAPE) {
+        clear_typed();
+        display_message("typed number cleared");
+        return 1;
+    }
+    if (character == KEY_BACKSPACE) {
+        if (typed_len) typed[--typed_len] = 0;
+        show_typed();
+        return 1;
+    }
+    if (character < 0x21 || character > 0x7e) return 1;
+    if (typed_len >= (int)sizeof typed - 1) {
+        display_message("that number is too long - Escape clears it");
+        return 1;
+    }
+    typed[typed_len++] = (char)character;
+    typed[typed_len] = 0;
+    show_typed();
+    return 1;
 }
 
 void handle_mouse_move(int view, int x, int y)
@@ -562,15 +769,18 @@ static void add_line_vertex(const float *p)
     Vertex *v = object_add_new_vertex(g.line_object, p);
     surface_add_vertref(g.line_surface, new_svertex(v, 0, 0));
     g.last_vertex = v;
-    unsaved_changes = 1;
+    /* A line being drawn is an edit: what redo would put back is stale. */
+    set_unsaved_changes(1);
     redraw_all();
 }
 
 static void finish_line(void)
 {
     close_line_object();
-    set_mode(MODE_MOVE);
-    set_new_move_mode(MODE_MOVE);
+    if (!keep_draw_tool) {
+        set_mode(MODE_MOVE);
+        set_new_move_mode(MODE_MOVE);
+    }
     redraw_all();
 }
 
@@ -581,7 +791,11 @@ static void release_line_mode(int button)
     snap_to_grid(p);
     int on_last = g.last_vertex && g.last_vertex->point[0] == p[0] && g.last_vertex->point[1] == p[1] &&
                   g.last_vertex->point[2] == p[2];
-    if (button != 1 || on_last) finish_line();
+    /* Clicking the first point again closes a closed line or polygon. */
+    SVertex *first = g.line_surface && interaction_mode >= 2 ? (SVertex *)list_get_item(g.line_surface->vertrefs, 0) : nullptr;
+    int on_first = first && g.line_surface->num_vertrefs >= 3 && first->vertex->point[0] == p[0] &&
+                   first->vertex->point[1] == p[1] && first->vertex->point[2] == p[2];
+    if (button != 1 || on_last || on_first) finish_line();
     else add_line_vertex(p);
 }
 
@@ -652,6 +866,8 @@ void handle_mouse_up(int view, int x, int y, int button)
     else if (mode >= MODE_MOVE) release_drag(view, x);
     /* What the mode returns to. */
     if (mode >= 1 && mode <= 3) {
+    } else if (mode >= 4 && mode <= 13 && keep_draw_tool) {
+        /* The tool stays for the next shape. */
     } else if ((mode >= 4 && mode <= 13) || mode == MODE_EXTRUDE) {
         set_new_move_mode(MODE_MOVE);
         set_mode(0);
@@ -738,6 +954,9 @@ static int handle_key_preference(int view, int c)
 
 void handle_key_press(int view, int character, int state)
 {
+    /* Keys belong to a transform drag while it is held, wherever the
+     * pointer is. */
+    if (typed_key(character)) return;
     if (view == 3) {
         handle_key_press_3d(character, state);
         return;
@@ -747,6 +966,10 @@ void handle_key_press(int view, int character, int state)
         return;
     }
     if (state & QUALIFIER_CONTROL) return;
+    if (character == KEY_ESCAPE) {
+        cancel_drawing();
+        return;
+    }
     if (character == KEY_BACKSPACE || character == KEY_DELETE) {
         action_delete();
         display_status();

@@ -9,10 +9,19 @@
 /* Modifier bits of the core's event state. */
 enum { QUALIFIER_SHIFT = 1, QUALIFIER_CONTROL = 4, QUALIFIER_ALT = 16 };
 /* Key codes of the special keys. */
-enum { KEY_LEFT = 37, KEY_UP = 38, KEY_RIGHT = 39, KEY_DOWN = 40, KEY_BACKSPACE = 8, KEY_DELETE = 127 };
+enum { KEY_LEFT = 37, KEY_UP = 38, KEY_RIGHT = 39, KEY_DOWN = 40, KEY_BACKSPACE = 8, KEY_DELETE = 127,
+       KEY_ESCAPE = 27 };
 
 extern int interaction_mode;   /* 0 select, 1..13 draw modes, 50 zoom, 100.. drags */
 extern int move_submode;       /* 100 move, 101 resize, 102 rotate, 103 extrude */
+/* 1: a draw tool stays chosen after each shape instead of going back to
+ * Select (linked as keep_draw_tool). */
+extern int keep_draw_tool;
+
+/* Escape in a view: drops the line or polygon being drawn (nothing of it
+ * stays, no undo record), else leaves a draw tool for Select.  Returns 1
+ * when it did either. */
+int cancel_drawing(void);
 
 int set_new_draw_mode(int mode);
 int set_new_move_mode(int submode);

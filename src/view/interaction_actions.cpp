@@ -17,6 +17,7 @@
 #include "view/redraw.h"
 
 #include <cmath>
+#include <cstdio>
 
 void action_move(const float *d)
 {
@@ -82,6 +83,21 @@ static void midpoint(const float *a, const float *b, float *m)
 static int same_point(const float *a, const float *b)
 {
     return a[0] == b[0] && a[1] == b[1] && a[2] == b[2];
+}
+
+/* Says where set_av_depth_box takes the depth from, for the status line. */
+static void describe_depth(int view, const float *down, const float *up, char *out, size_t size)
+{
+    static const int depth_axis[3] = {2, 0, 1};
+    static const char axis_name[3] = {'x', 'y', 'z'};
+    int d = depth_axis[view];
+    float lo, hi;
+    set_av_depth_box(view, down, up, &lo, &hi);
+    if (!nothing_is_selected() && selection.box_max[d] > selection.box_min[d]) {
+        snprintf(out, size, " - depth %c %g to %g, from the selection", axis_name[d], lo, hi);
+    } else {
+        snprintf(out, size, " - depth %c %g to %g, as deep as it is wide, centred on the 3D cursor", axis_name[d], lo, hi);
+    }
 }
 
 /* The drag's two corners with the depth of a box or sphere filled in. */
@@ -153,13 +169,19 @@ Object *action_primitive(int mode, int view, const float *down, const float *up)
     static const char *const labels[] = {"add rect", "add elipse", "add disk", "add cube", "add sphere",
                                          "add cylinder", "add mesh", "add grid", "add ico", "add light"};
     if (mode < 4 || mode > 13) return nullptr;
+    /* Where a box's or sphere's depth comes from, told before the new
+     * object changes the selection. */
+    char depth[160] = "";
+    if ((mode == 7 || mode == 8 || mode == 9) && !same_point(down, up) && view >= 0 && view <= 2) {
+        describe_depth(view, down, up, depth, sizeof depth);
+    }
     Object *o = make_primitive(mode, view, down, up);
     if (!o) return nullptr;
     new_undo(UNDO_ADD_OBJECT, labels[mode - 4]);
     set_undo_object(o);
     object_add_child(world, o);
     if (object_is_light(o)) register_light(o);
-    display_message("%s done", labels[mode - 4]);
+    display_message("%s done%s", labels[mode - 4], depth);
     return o;
 }
 
@@ -173,4 +195,9 @@ void action_delete(void)
 void action_duplicate(int view) { duplicate_selected_in_view(view); }
 void action_hide(void) { hide_selected(); }
 void action_snap_together(void) { selected_snap_together(); }
-void action_undo(void) { UNDO(); }
+void action_undo(void)
+{
+    /* The console is not where a user at the views looks. */
+    if (!undo_current()) display_message("nothing to undo");
+    UNDO();
+}

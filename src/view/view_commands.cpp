@@ -5,12 +5,17 @@
  * state and ask for redraws, so they work headless too.
  */
 #include "app/commands.h"
+#include "app/frontend.h"
+#include "app/prefs.h"
 #include "app/shared_state.h"
 #include "core/lights.h"
 #include "edit/selection.h"
 #include "view/camera.h"
+#include "view/camera_fit.h"
 #include "view/redraw.h"
 #include "view/view_state.h"
+
+#include <cmath>
 
 int command_do_perspective(void)
 {
@@ -82,5 +87,32 @@ int about_menu(void)
     const char *about = "VESK v2.0 - a polygon modeller for building 3D models by hand.";
     console_printf("%s\n", about);
     command_result_set(about);
+    return 1;
+}
+
+/* The dispatcher's templates have three floats, not three integers. */
+int command_pick_3d(float fx, float fy, float fhow)
+{
+    if (!std::isfinite(fx) || !std::isfinite(fy) || !std::isfinite(fhow) || std::fabs(fx) > 1e6f ||
+        std::fabs(fy) > 1e6f || std::fabs(fhow) > 1e6f) {
+        display_message("pick_3d: the numbers must be finite window positions");
+        return 0;
+    }
+    int x = (int)fx, y = (int)fy, how = (int)fhow;
+    if (how < 0 || how > 2 || (float)how != fhow) {
+        display_message("pick_3d: the third number is 0 (select), 1 (add) or 2 (remove), not %g", fhow);
+        return 0;
+    }
+    if (!frontend.pick) {
+        display_message("pick_3d: there is no 3D view to pick in");
+        return 0;
+    }
+    if (x < 0 || y < 0 || x >= views[3].width || y >= views[3].height) {
+        display_message("pick_3d: %d %d lies outside the 3D view", x, y);
+        return 0;
+    }
+    int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
+    frontend_pick(3, x, y, range, range, how == 1, how == 2);
+    display_status();
     return 1;
 }

@@ -2,6 +2,7 @@
  * view/view_state.cpp - the orthographic mapping, zoom, pan, go-to and fit
  * (see view_state.h).
  */
+#include "view/camera_fit.h"
 #include "view/view_state.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
@@ -170,6 +171,7 @@ void handle_resize(int view, int width, int height)
     }
     v.width = width;
     v.height = height;
+    if (view == 3) fit_3d_view_resized();
     request_redisplay(view);
 }
 

@@ -144,6 +144,12 @@ check_pixel "x zooms back out" [shot keys_unzoom] $mx $my $col_vert
 
 # ---- Control+click in the 3D view picks the nearest object ----
 lassign [view_rect 3] tx ty tw th
+# The load framed the model in the 3D view; Space puts the viewer back at
+# its reset place, which the projection below assumes.
+exec xdotool mousemove [expr {$tx + $tw / 2}] [expr {$ty + $th / 2}]
+after 100
+exec xdotool key space
+settle
 set aspect [expr {double($tw) / $th}]
 set fovy [expr {int(50 / $aspect * 10) * 0.1}]
 set f [expr {1.0 / tan($fovy * 3.14159265358979 / 360.0)}]

@@ -156,10 +156,10 @@ foreach {words accelerator} {
     {vesk undo} u
     {vesk delete} Del
     {vesk duplicate} d
-    {set_select_mode 0} t
+    {set_select_mode 0} {t (flat views)}
     {set_select_mode 1} o
-    {set_select_mode 2} v
-    {vesk select_all} a
+    {set_select_mode 2} {v (flat views)}
+    {vesk select_all} {a (flat views)}
     {vesk clear_selection} n
     {vesk hide_selected} h
     {vesk snaptogether} s
@@ -167,13 +167,13 @@ foreach {words accelerator} {
     {vesk zoom_out} x
     {vesk fit_selected_all} Shift+F
     {vesk goto_selected_all} Shift+G
-    {vesk reset_views} Space
+    {vesk reset_views} {Space (flat views)}
     {set_drag_mode 100} m
     {set_drag_mode 101} i
     {set_drag_mode 102} r
     {set_drag_mode 103} e
-    {vesk set_spin_viewer} 1
-    {vesk set_walk_viewer} 2
+    {vesk set_spin_viewer} {1 (3D view)}
+    {vesk set_walk_viewer} {2 (3D view)}
     {vesk clipboard_cut} Ctrl+X
     {vesk clipboard_copy} Ctrl+C
     {vesk clipboard_paste} Ctrl+V
