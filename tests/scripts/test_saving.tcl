@@ -49,6 +49,37 @@ check_match "under the limit: it says why" $out "*File too large*"
 check "under the limit: old file byte for byte" [read_bytes $target] "the previous file\n"
 check "under the limit: no temporary left" [entries $limited] model.vk
 
+# --- a full disk and a read-only one: a small file system of our own,
+# where the test may mount one (as root with the right; skipped otherwise) ---
+set small [file join $::scratch small_fs]
+file mkdir $small
+if {[catch {exec mount -t tmpfs -o size=32k tmpfs $small} why]} {
+    puts "skipped: can't mount a small file system here ($why)"
+} else {
+    # Unmounted whatever happens, so that no later run finds it mounted.
+    try {
+        set target [file join $small model.vk]
+        set fd [open $target w]
+        puts $fd "the previous file"
+        close $fd
+        quietly { vesk new_model; for {set i 0} {$i < 300} {incr i} { vesk new_cube; vesk move 1 0 0 } }
+        set out [quietly { set r [vesk save_vk $target] }]
+        check "full disk: not saved" $r 0
+        check_match "full disk: says why" $out "*No space left on device*"
+        check "full disk: old file byte for byte" [read_bytes $target] "the previous file\n"
+        check "full disk: no temporary left" [entries $small] model.vk
+        check "full disk: still unsaved" $unsaved_changes 1
+        catch {exec mount -o remount,ro $small}
+        quietly { vesk new_model; vesk new_cube }
+        set out [quietly { set r [vesk save_vk $target] }]
+        check "read-only: not saved" $r 0
+        check_match "read-only: says why" $out "*Read-only file system*"
+        check "read-only: old file byte for byte" [read_bytes $target] "the previous file\n"
+    } finally {
+        catch {exec umount $small}
+    }
+}
+
 # --- through a symbolic link ---
 quietly { vesk load_vk [file join $data model.vk] }
 set real_dir [file join $::scratch real]
