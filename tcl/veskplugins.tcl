@@ -31,15 +31,32 @@ proc ::vesk::plugins::source_script {file} {
     return 1
 }
 
-# Loads every plug-in of the directory.  Returns the number of files tried.
+# The plug-ins built with the program, in "plugins" beside it (so that a
+# build runs with its plug-ins before it is installed).
+proc ::vesk::plugins::program_directory {} {
+    return [file join [file dirname [info nameofexecutable]] plugins]
+}
+
+# Loads every plug-in of the plug-in directory, then those built with the
+# program that the directory has no file of the same name for.  Returns
+# the number of files tried.
 proc ::vesk::plugins::load_all {} {
-    set dir [directory]
-    if {$dir eq "" || ![file isdirectory $dir]} { return 0 }
-    set scripts [lsort [glob -nocomplain -types {f r} -directory $dir *.tcl]]
-    set libraries [lsort [glob -nocomplain -types {f r} -directory $dir *.so]]
-    foreach file $scripts { source_script $file }
-    foreach file $libraries { vesk plugin_load $file }
-    return [expr {[llength $scripts] + [llength $libraries]}]
+    set tried 0
+    set seen {}
+    foreach dir [list [directory] [program_directory]] {
+        if {$dir eq "" || ![file isdirectory $dir]} { continue }
+        set scripts {}
+        set libraries {}
+        foreach file [lsort [glob -nocomplain -types {f r} -directory $dir *.tcl *.so]] {
+            if {[file tail $file] in $seen} { continue }
+            lappend seen [file tail $file]
+            if {[file extension $file] eq ".tcl"} { lappend scripts $file } else { lappend libraries $file }
+        }
+        foreach file $scripts { source_script $file }
+        foreach file $libraries { vesk plugin_load $file }
+        incr tried [expr {[llength $scripts] + [llength $libraries]}]
+    }
+    return $tried
 }
 
 # A Tcl plug-in chosen by the user.
