@@ -13,16 +13,8 @@
 
 #define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
 
-struct AddedCommand {
-    const char *name;
-    vk_command_function function;
-    int numargs;
-    const char *template_;
-    const char *usage;
-    const char *description;
-};
-
-static const AddedCommand added_table[] = {
+/* Rows as in the built-in table. */
+static const Command added_table[] = {
     {"new_model", CMDFN(command_new_model), 0, nullptr, nullptr,
      "start an empty model with no file and no unsaved changes"},
     {"open_vk", CMDFN(command_open_vk), 1, "s", "<filename>",
@@ -58,7 +50,7 @@ void register_added_commands(void)
     static int done = 0;
     if (done) return;
     done = 1;
-    for (const AddedCommand &c : added_table) {
+    for (const Command &c : added_table) {
         vk_add_command_full(c.name, c.function, c.numargs, c.template_, c.usage, c.description);
     }
 }

@@ -32,12 +32,6 @@ static int keep_recovery_files = 0;
 static Tcl_AsyncHandler termination_handler = nullptr;
 static volatile sig_atomic_t termination_signal = 0;
 
-static int finish(int ok)
-{
-    command_result_set(ok ? "1" : "0");
-    return ok;
-}
-
 /* ---- the timer ---- */
 
 static void reap_writer(void)
@@ -194,7 +188,7 @@ int command_autosave_now(void)
     int ok = recovery_write_now(RECOVERY_AUTOSAVE, current_file_name, 60);
     if (ok) saved_generation = model_generation;
     display_message(ok ? "autosaved to %s" : "autosave to %s failed", recovery_file_path(RECOVERY_AUTOSAVE).c_str());
-    return finish(ok);
+    return command_finish(ok);
 }
 
 int command_recovery_files(void)
@@ -218,9 +212,9 @@ int command_recover_file(char *path)
     const RecoveryFile *file = find_recovery(found, path ? path : "");
     if (!file) {
         display_message("recover_file: %s is not a recovery file of a program that has stopped", path ? path : "");
-        return finish(0);
+        return command_finish(0);
     }
-    return finish(recover(*file));
+    return command_finish(recover(*file));
 }
 
 int command_discard_recovery_file(char *path)
@@ -230,8 +224,8 @@ int command_discard_recovery_file(char *path)
     if (!file) {
         display_message("discard_recovery_file: %s is not a recovery file of a program that has stopped",
                         path ? path : "");
-        return finish(0);
+        return command_finish(0);
     }
     recovery_remove(*file);
-    return finish(1);
+    return command_finish(1);
 }

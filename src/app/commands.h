@@ -15,6 +15,12 @@ extern const char *command_running_name;
 
 Command *find_command(const char *name);
 
+/* Leaves "1" (done) or "0" (not done) as the command result; returns ok. */
+int command_finish(int ok);
+/* 1, after a status-line message naming the command, when no file name
+ * was given. */
+int command_lacks_filename(const char *filename, const char *command);
+
 /* Stubs for commands whose operation this build does not have yet. */
 int not_available_none(void);
 /* Command "command_available": 1 when the named command exists and does

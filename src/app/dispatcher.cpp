@@ -311,6 +311,19 @@ int do_command(int argc, char **argv)
     return 1;
 }
 
+int command_finish(int ok)
+{
+    command_result_set(ok ? "1" : "0");
+    return ok;
+}
+
+int command_lacks_filename(const char *filename, const char *command)
+{
+    if (filename && *filename) return 0;
+    display_message("%s: no file name given", command);
+    return 1;
+}
+
 /* ---- stubs ---- */
 
 int not_available_none(void)

@@ -11,19 +11,6 @@
 #include <string>
 #include <vector>
 
-static int finish(int ok)
-{
-    command_result_set(ok ? "1" : "0");
-    return ok;
-}
-
-static int no_filename(const char *filename, const char *command)
-{
-    if (filename && *filename) return 0;
-    display_message("%s: no file name given", command);
-    return 1;
-}
-
 /* What a triangle file cannot keep of this model: more than one object,
  * names, textures or texture coordinates. */
 static int model_has_more_than_triangles(void)
@@ -73,12 +60,12 @@ static std::string export_notes_text(const char *format)
 static int run_export(char *filename, const char *command, const char *format, int (*writer)(const char *),
                       int is_tri)
 {
-    if (no_filename(filename, command)) return finish(0);
+    if (command_lacks_filename(filename, command)) return command_finish(0);
     display_message("writing %s file %s...", format, filename);
     if (!writer(filename)) {
         display_message("%s export failed: can't write %s - see the console; an earlier file is unchanged", format,
                         filename);
-        return finish(0);
+        return command_finish(0);
     }
     std::string notes = export_notes_text(format);
     if (is_tri && model_has_more_than_triangles()) {
@@ -90,7 +77,7 @@ static int run_export(char *filename, const char *command, const char *format, i
     } else {
         display_message("written %s file %s (%s)", format, filename, notes.c_str());
     }
-    return finish(1);
+    return command_finish(1);
 }
 
 int command_write_vrml2(char *filename)

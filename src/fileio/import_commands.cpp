@@ -14,23 +14,23 @@
 #include "fileio/vrml1_reader.h"
 #include "view/redraw.h"
 
-static int finish(int ok)
+/* An import that added something leaves the model unsaved. */
+static int finish_import(int ok)
 {
     if (ok) {
         unsaved_changes = 1;
         ui_update_linked_var(&unsaved_changes);
     }
-    command_result_set(ok ? "1" : "0");
-    return ok;
+    return command_finish(ok);
 }
 
 int command_import_tri(char *filename)
 {
-    if (!filename || !*filename) return finish(0);
+    if (!filename || !*filename) return finish_import(0);
     display_message("Loading Tri...");
     int ok = load_tri_file(filename);
     display_message(" ");
-    return finish(ok);
+    return finish_import(ok);
 }
 
 int command_import_3ds(char *filename)
@@ -51,24 +51,24 @@ int command_import_3ds(char *filename)
 
 int command_import_alias_tri(char *filename)
 {
-    if (!filename || !*filename) return finish(0);
+    if (!filename || !*filename) return finish_import(0);
     display_message("Loading Alias Tri...");
     load_alias_tri_file(filename);
     display_message(" ");
-    return finish(1);
+    return finish_import(1);
 }
 
 /* "import_vrml" and "import_inventor": both formats are read alike. */
 int import_vrml(char *filename)
 {
-    if (!filename || !*filename) return finish(0);
+    if (!filename || !*filename) return finish_import(0);
     display_message("Loading VRML...");
     long added = read_vrml1_file(filename);
     if (added < 0) {
         display_message("%s was not imported - see the console", filename);
-        return finish(0);
+        return finish_import(0);
     }
     fit_selected_all();
     display_message("imported %ld objects from %s", added, filename);
-    return finish(1);
+    return finish_import(1);
 }

@@ -19,19 +19,6 @@
 #include <string>
 #include <unordered_set>
 
-static int finish(int ok)
-{
-    command_result_set(ok ? "1" : "0");
-    return ok;
-}
-
-static int no_filename(const char *filename, const char *command)
-{
-    if (filename && *filename) return 0;
-    display_message("%s: no file name given", command);
-    return 1;
-}
-
 /* How much of the model there is, to tell whether a load changed it. */
 static unsigned long model_size(void)
 {
@@ -80,7 +67,7 @@ static void report_load(const char *filename, int ok, const VkLoadReport &report
 
 int command_load_vk_object(char *filename)
 {
-    if (no_filename(filename, "load_vk")) return finish(0);
+    if (command_lacks_filename(filename, "load_vk")) return command_finish(0);
     int was_empty = model_size() == 0;
     unsigned long before = model_size();
     List *last_child = world->kids ? list_end(world->kids) : nullptr;
@@ -108,7 +95,7 @@ int command_load_vk_object(char *filename)
         set_unsaved_changes(1);
     }
     report_load(filename, ok, report);
-    return finish(ok);
+    return command_finish(ok);
 }
 
 static void report_save_failure(const char *filename, int error)
@@ -150,12 +137,12 @@ static int save_whole_model(const char *filename, int *backup_error)
 
 int command_save_vk(char *filename)
 {
-    if (no_filename(filename, "save_vk")) return finish(0);
+    if (command_lacks_filename(filename, "save_vk")) return command_finish(0);
     display_message("saving %s...", filename);
     int backup_error = 0;
     if (!save_whole_model(filename, &backup_error)) {
         report_save_failure(filename, errno);
-        return finish(0);
+        return command_finish(0);
     }
     set_unsaved_changes(0);
     recovery_discard_own();
@@ -168,10 +155,10 @@ int command_save_vk(char *filename)
                        strerror(backup_error));
         display_message("saved %s - but no backup could be kept (%s: %s)", filename, backup.c_str(),
                         strerror(backup_error));
-        return finish(1);
+        return command_finish(1);
     }
     if (!altered) display_message("saved %s", filename);
-    return finish(1);
+    return command_finish(1);
 }
 
 /* The selected objects that have no selected ancestor, in selection
@@ -196,19 +183,19 @@ static List *selected_roots(void)
 
 int command_save_selection_vk(char *filename)
 {
-    if (no_filename(filename, "save_selection_vk")) return finish(0);
+    if (command_lacks_filename(filename, "save_selection_vk")) return command_finish(0);
     List *roots = selected_roots();
     if (!roots) {
         display_message("save_selection_vk: nothing is selected");
-        return finish(0);
+        return command_finish(0);
     }
     int ok = write_vk_objects(filename, roots);
     int error = errno;
     list_free(&roots);
     if (!ok) {
         report_save_failure(filename, error);
-        return finish(0);
+        return command_finish(0);
     }
     display_message("saved the selection in %s", filename);
-    return finish(1);
+    return command_finish(1);
 }

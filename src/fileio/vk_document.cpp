@@ -12,6 +12,7 @@
  * "open_backup_vk") or joins it as one undoable step ("merge_vk").
  * "new_model" starts an empty model with no file and nothing unsaved.
  */
+#include "app/commands.h"
 #include "view/camera_fit.h"
 #include "fileio/vk_document.h"
 #include "app/prefs.h"
@@ -30,19 +31,6 @@
 #include <cstring>
 #include <string>
 #include <unistd.h>
-
-static int finish(int ok)
-{
-    command_result_set(ok ? "1" : "0");
-    return ok;
-}
-
-static int no_filename(const char *filename, const char *command)
-{
-    if (filename && *filename) return 0;
-    display_message("%s: no file name given", command);
-    return 1;
-}
 
 static int has_file_name(void)
 {
@@ -212,26 +200,26 @@ static int open_in_place(const char *filename, const char *action, VkLoadReport 
 
 int command_open_vk(char *filename)
 {
-    if (no_filename(filename, "open_vk")) return finish(0);
+    if (command_lacks_filename(filename, "open_vk")) return command_finish(0);
     VkLoadReport report;
-    if (!open_in_place(filename, "Open VESK file", &report)) return finish(0);
+    if (!open_in_place(filename, "Open VESK file", &report)) return command_finish(0);
     set_current_file_name(filename);
     set_unsaved_changes(0);
     tell_done(("opened " + std::string(filename)).c_str(), report);
-    return finish(1);
+    return command_finish(1);
 }
 
 int command_merge_vk(char *filename)
 {
-    if (no_filename(filename, "merge_vk")) return finish(0);
+    if (command_lacks_filename(filename, "merge_vk")) return command_finish(0);
     VkLoadReport report;
     Object *holder = read_whole_file(filename, "Merge VESK file", &report);
-    if (!holder) return finish(0);
+    if (!holder) return command_finish(0);
     wrap_world_geometry(holder, filename);
     if (!holder->kids) {
         object_free(holder);
         display_message("merge: %s holds no objects - nothing was added", filename);
-        return finish(1);
+        return command_finish(1);
     }
     List *tops = list_clone(holder->kids);
     new_undo(UNDO_PASTE, "merge");
@@ -243,7 +231,7 @@ int command_merge_vk(char *filename)
     list_free(&tops);
     std::string done = "merged " + std::string(filename) + ": " + std::to_string(n) + (n == 1 ? " object" : " objects") + " added";
     tell_done(done.c_str(), report);
-    return finish(1);
+    return command_finish(1);
 }
 
 int command_new_model(void)
@@ -256,7 +244,7 @@ int command_new_model(void)
     redraw_all();
     display_status();
     display_message("new model");
-    return finish(1);
+    return command_finish(1);
 }
 
 int command_revert_vk(void)
@@ -265,14 +253,14 @@ int command_revert_vk(void)
         windows_message_dialog("Revert to saved:\n\nThis model has never been saved, so there is no file to "
                                "revert to.");
         display_message("revert: the model has never been saved");
-        return finish(0);
+        return command_finish(0);
     }
     std::string file = current_file_name;
     VkLoadReport report;
-    if (!open_in_place(file.c_str(), "Revert to saved", &report)) return finish(0);
+    if (!open_in_place(file.c_str(), "Revert to saved", &report)) return command_finish(0);
     set_unsaved_changes(0);
     tell_done(("reverted to " + file).c_str(), report);
-    return finish(1);
+    return command_finish(1);
 }
 
 int command_open_backup_vk(void)
@@ -280,7 +268,7 @@ int command_open_backup_vk(void)
     if (!has_file_name()) {
         windows_message_dialog("Open backup:\n\nThis model has never been saved, so it has no backup.");
         display_message("open backup: the model has never been saved");
-        return finish(0);
+        return command_finish(0);
     }
     std::string file = current_file_name;
     std::string backup = backup_file_name(file.c_str());
@@ -289,15 +277,15 @@ int command_open_backup_vk(void)
                                "A backup is kept each time the model is saved over its file.",
                                file.c_str(), backup.c_str());
         display_message("open backup: %s does not exist", backup.c_str());
-        return finish(0);
+        return command_finish(0);
     }
     VkLoadReport report;
-    if (!open_in_place(backup.c_str(), "Open backup", &report)) return finish(0);
+    if (!open_in_place(backup.c_str(), "Open backup", &report)) return command_finish(0);
     /* The backup is an older version of the model's file: saving puts it
      * back there. */
     set_unsaved_changes(1);
     display_message("opened the backup %s - save to make it %s again", backup.c_str(), file.c_str());
-    return finish(1);
+    return command_finish(1);
 }
 
 int open_recovered(const char *path, const char *model_file)

@@ -6,6 +6,8 @@
 # socket), drives it through the socket and with real X input (xdotool),
 # and checks screenshots (ImageMagick).
 
+source [file join [file dirname [info script]] .. files.tcl]
+
 set ::vesk_bin [lindex $argv 0]
 set ::src [lindex $argv 1]
 set ::scratch [lindex $argv 2]
@@ -273,4 +275,13 @@ proc main_window_keys {args} {
     lassign [remote {list [winfo rootx .status] [winfo rooty .status]}] x y
     exec xdotool mousemove [expr {$x + 5}] [expr {$y + 5}]
     exec xdotool key {*}$args
+}
+
+# Every vertex of vesk's model, for comparing models.
+proc model_vertices {} {
+    return [remote {
+        set all {}
+        foreach id [vesk object_get_children [vesk get_world]] { lappend all [vesk object_get_vertices $id] }
+        set all
+    }]
 }

@@ -5,31 +5,9 @@
 # writes the good model and keeps the previous file as name~.
 source [file join [file dirname [info script]] gui_lib.tcl]
 
-proc read_bytes {path} {
-    set fd [open $path rb]
-    set bytes [read $fd]
-    close $fd
-    return $bytes
-}
-
-proc write_bytes {path bytes} {
-    set fd [open $path wb]
-    puts -nonewline $fd $bytes
-    close $fd
-}
-
 # What the user sees of the model and what a failed open must not change.
 proc state {} {
     return [list [dict get [remote {vesk get_info}] objects] [remote {wm title .}] [remote {set unsaved_changes}]]
-}
-
-# Every vertex of the model, for comparing models.
-proc model_vertices {} {
-    return [remote {
-        set all {}
-        foreach id [vesk object_get_children [vesk get_world]] { lappend all [vesk object_get_vertices $id] }
-        set all
-    }]
 }
 
 set good [file join $::scratch good.vk]

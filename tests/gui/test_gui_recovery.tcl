@@ -5,21 +5,6 @@
 # after a second crash starts from the file as saved.
 source [file join [file dirname [info script]] gui_lib.tcl]
 
-proc read_bytes {path} {
-    set fd [open $path rb]
-    set bytes [read $fd]
-    close $fd
-    return $bytes
-}
-
-proc model_vertices {} {
-    return [remote {
-        set all {}
-        foreach id [vesk object_get_children [vesk get_world]] { lappend all [vesk object_get_vertices $id] }
-        set all
-    }]
-}
-
 # Edits the model and waits for the autosave that follows by itself.
 proc edit_and_wait_for_autosave {dx} {
     remote {set prefs_autosave_seconds 1}

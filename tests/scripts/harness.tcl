@@ -6,6 +6,8 @@
 # The script's arguments are the tests source directory and a scratch
 # directory that the script may fill (created here, emptied first).
 
+source [file join [file dirname [info script]] .. files.tcl]
+
 set ::passed 0
 set ::failed 0
 set ::tests_dir [lindex $argv 0]
@@ -68,6 +70,26 @@ proc capture_all {body} {
         close $fd
     }
     if {$code == 1} { return -code error $result }
+    return $text
+}
+
+# Runs body with everything it prints captured (see capture_all); returns
+# what it printed.
+proc quietly {body} { return [capture_all [list uplevel 1 $body]] }
+
+# Every vertex of the model, for comparing models.
+proc model_vertices {} {
+    set all {}
+    foreach id [vesk object_get_children [vesk get_world]] { lappend all [vesk object_get_vertices $id] }
+    return $all
+}
+
+# An object's subtree as text: names, strings, centres, vertices and
+# surfaces (numbers as the core prints them, exactly).
+proc dump {id} {
+    set text "[vesk object_get_name $id]|[vesk object_get_url $id]|[vesk object_get_data $id]|"
+    append text "[vesk object_get_centre $id]|[vesk object_get_vertices $id]|[vesk object_get_surfaces $id]\n"
+    foreach kid [vesk object_get_children $id] { append text [dump $kid] }
     return $text
 }
 

@@ -8,33 +8,11 @@ source [file join [lindex $argv 0] scripts harness.tcl]
 
 set data [file join $::tests_dir data vk]
 
-proc dump {id} {
-    set text "[vesk object_get_name $id]|[vesk object_get_url $id]|[vesk object_get_data $id]|"
-    append text "[vesk object_get_centre $id]|[vesk object_get_vertices $id]|[vesk object_get_surfaces $id]\n"
-    foreach kid [vesk object_get_children $id] { append text [dump $kid] }
-    return $text
-}
-
 # Everything a failed open must leave alone.
 proc state {} {
     set w [vesk get_world]
     return [list [dump $w] [vesk get_info] $::current_file_name $::unsaved_changes $::undo_count]
 }
-
-proc read_bytes {path} {
-    set fd [open $path rb]
-    set bytes [read $fd]
-    close $fd
-    return $bytes
-}
-
-proc write_bytes {path bytes} {
-    set fd [open $path wb]
-    puts -nonewline $fd $bytes
-    close $fd
-}
-
-proc quietly {body} { return [capture_all [list uplevel 1 $body]] }
 
 # --- a good model opens, with nothing unsaved and no history ---
 set good [file join $::scratch good.vk]

@@ -9,22 +9,6 @@ source [file join [lindex $argv 0] scripts harness.tcl]
 set data [file join $::tests_dir data vk]
 set vesksh [info nameofexecutable]
 
-proc read_bytes {path} {
-    set fd [open $path rb]
-    set bytes [read $fd]
-    close $fd
-    return $bytes
-}
-
-proc quietly {body} { return [capture_all [list uplevel 1 $body]] }
-
-# Every vertex of the model.
-proc model_vertices {} {
-    set all {}
-    foreach id [vesk object_get_children [vesk get_world]] { lappend all [vesk object_get_vertices $id] }
-    return $all
-}
-
 # Runs a script in a child shell; returns {exit-status output}.
 proc run_child {script} {
     set file [file join $::scratch child_[incr ::children].tcl]

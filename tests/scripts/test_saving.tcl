@@ -9,15 +9,6 @@ source [file join [lindex $argv 0] scripts harness.tcl]
 set data [file join $::tests_dir data vk]
 set vesksh [info nameofexecutable]
 
-proc read_bytes {path} {
-    set fd [open $path rb]
-    set bytes [read $fd]
-    close $fd
-    return $bytes
-}
-
-proc quietly {body} { return [capture_all [list uplevel 1 $body]] }
-
 # Every entry of a directory, hidden ones included.
 proc entries {dir} {
     return [lsort [lmap name [glob -nocomplain -tails -directory $dir * .*] {

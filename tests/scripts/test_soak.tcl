@@ -85,10 +85,10 @@ proc fresh_model {} {
 }
 
 # Everything of the model that a save keeps, for the final comparison.
-proc dump {id} {
+proc saved_part {id} {
     set text "[vesk object_get_name $id]|[vesk object_get_url $id]|[vesk object_get_data $id]|"
     append text "[vesk object_get_vertices $id]|[vesk object_get_surfaces $id]\n"
-    foreach kid [vesk object_get_children $id] { append text [dump $kid] }
+    foreach kid [vesk object_get_children $id] { append text [saved_part $kid] }
     return $text
 }
 
@@ -120,11 +120,11 @@ puts "soak: $count commands"
 # The model as it ended, saved and opened again.
 set file [file join $::scratch soak_end.vk]
 capture_all { set saved [vesk save_vk $file] }
-set before [dump [vesk get_world]]
+set before [saved_part [vesk get_world]]
 capture_all { set opened [vesk open_vk $file] }
 check "saved (seed $seed)" $saved 1
 check "opened again (seed $seed)" $opened 1
-set after [dump [vesk get_world]]
+set after [saved_part [vesk get_world]]
 check "the same model after a save and open (seed $seed)" [expr {$after eq $before}] 1
 if {$after ne $before} {
     foreach a [split $before \n] b [split $after \n] {

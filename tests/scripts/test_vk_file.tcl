@@ -6,15 +6,6 @@ source [file join [lindex $argv 0] scripts harness.tcl]
 
 set data [file join $::tests_dir data vk]
 
-# The whole subtree of an object as text: names, strings, centres,
-# vertices and surfaces (numbers as the core prints them, exactly).
-proc dump {id} {
-    set text "[vesk object_get_name $id]|[vesk object_get_url $id]|[vesk object_get_data $id]|"
-    append text "[vesk object_get_centre $id]|[vesk object_get_vertices $id]|[vesk object_get_surfaces $id]\n"
-    foreach kid [vesk object_get_children $id] { append text [dump $kid] }
-    return $text
-}
-
 proc dump_all {ids} {
     set text ""
     foreach id $ids { append text [dump $id] }
