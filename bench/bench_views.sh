@@ -42,6 +42,31 @@ after 2000 {
         set us [lindex [time {vesk $command; update idletasks; vesk_time_redraw 3 1} 3] 0]
         puts [format "  %s, all four views drawn: %.1f ms" $command [expr {$us / 1000.0}]]
     }
+    # A move drag of the whole model, a frame a step (the move and every
+    # view drawn), without autosave and while the autosave timer runs:
+    # the longest frame says what an autosave costs the user.
+    vesk set_select_mode 0
+    vesk select_all
+    update
+    trace add variable ::vesk::main::message write {apply {args {
+        if {[string match autosaved* $::vesk::main::message]} { incr ::autosaves }
+    }}}
+    foreach {label seconds} {"no autosave" 0 "autosave every second" 1} {
+        set ::prefs_autosave_seconds $seconds
+        set ::autosaves 0
+        set frames {}
+        set start [clock milliseconds]
+        while {[clock milliseconds] - $start < 4000} {
+            set t [clock microseconds]
+            vesk move 0.001 0 0
+            update
+            lappend frames [expr {([clock microseconds] - $t) / 1000.0}]
+        }
+        set frames [lsort -real $frames]
+        puts [format "  drag, %s: %d frames, median %.0f ms, longest %.0f ms, %d autosaves" $label \
+            [llength $frames] [lindex $frames [expr {[llength $frames] / 2}]] [lindex $frames end] $::autosaves]
+    }
+    set ::prefs_autosave_seconds 0
     foreach mode {0 1 2} {
         vesk set_select_mode $mode
         set w [winfo width .views.xyzframe.f.win]
