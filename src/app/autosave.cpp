@@ -52,13 +52,8 @@ static void reap_writer(void)
 
 static void maybe_start_writer(void)
 {
-    if (writer > 0) return;
-    if (!unsaved_changes) {
-        /* Saved, opened or new: an autosave would only hold older work. */
-        if (saved_generation != model_generation) recovery_discard_own();
-        saved_generation = model_generation;
-        return;
-    }
+    /* Saving, opening and New remove the autosave themselves. */
+    if (writer > 0 || !unsaved_changes) return;
     if (prefs.autosave_seconds <= 0 || model_generation == saved_generation) return;
     time_t now = time(nullptr);
     if (now - last_started < prefs.autosave_seconds) return;
@@ -176,7 +171,7 @@ int startup_offer_recovery(void)
     std::string answer = Tcl_GetStringResult(tcl_interp);
     if (answer == "recover") return recover(file);
     recovery_remove(file);
-    if (answer == "original" && !file.model_file.empty()) return open_start_model(file.model_file.c_str());
+    if (answer == "original" && !file.model_file.empty()) return open_model_file(file.model_file.c_str());
     return 0;
 }
 

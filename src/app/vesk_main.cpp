@@ -138,7 +138,7 @@ static void load_start_model(int argc, char **argv)
 {
     if (startup_offer_recovery()) return;
     if (argc < 2 || strcmp(argv[1], "debug") == 0) return;
-    open_start_model(argv[1]);
+    open_model_file(argv[1]);
 }
 
 static int vesk_main(int argc, char **argv)

@@ -201,12 +201,7 @@ static int open_in_place(const char *filename, const char *action, VkLoadReport 
 int command_open_vk(char *filename)
 {
     if (command_lacks_filename(filename, "open_vk")) return command_finish(0);
-    VkLoadReport report;
-    if (!open_in_place(filename, "Open VESK file", &report)) return command_finish(0);
-    set_current_file_name(filename);
-    set_unsaved_changes(0);
-    tell_done(("opened " + std::string(filename)).c_str(), report);
-    return command_finish(1);
+    return command_finish(open_model_file(filename));
 }
 
 int command_merge_vk(char *filename)
@@ -298,7 +293,7 @@ int open_recovered(const char *path, const char *model_file)
     return 1;
 }
 
-int open_start_model(const char *filename)
+int open_model_file(const char *filename)
 {
     assert(filename);
     VkLoadReport report;

@@ -24,8 +24,10 @@ int command_open_backup_vk(void);
  * model_file ("" for an untitled model); 0 when it was not read whole. */
 int open_recovered(const char *path, const char *model_file);
 
-/* Opens the model named on the command line; 0 when it was not read whole
- * (the user was told and the model is empty). */
-int open_start_model(const char *filename);
+/* Opens a model file in place of the model, once it has been read whole,
+ * as its file with nothing unsaved ("open_vk", the model named on the
+ * command line); 0, after telling the user, when it was not read whole
+ * and the model is unchanged. */
+int open_model_file(const char *filename);
 
 #endif

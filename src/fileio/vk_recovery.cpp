@@ -105,18 +105,27 @@ int recovery_write_poll(pid_t child, int wait)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? 1 : -1;
 }
 
-int recovery_write_now(int kind, const char *model_file, int seconds)
+/* Waits at most seconds for the writing child, which is stopped when its
+ * time is up; 1 when it wrote its file.  Safe in a signal handler:
+ * waitpid, nanosleep and kill are. */
+static int wait_for_writer(pid_t child, int seconds)
 {
-    pid_t child = recovery_write_begin(kind, model_file);
-    if (child < 0) return 0;
+    struct timespec pause = {0, 20 * 1000 * 1000};
     for (int waited = 0; waited < seconds * 50; waited++) {
         int r = recovery_write_poll(child, 0);
         if (r != 0) return r == 1;
-        usleep(20000);
+        nanosleep(&pause, nullptr);
     }
     kill(child, SIGKILL);
     recovery_write_poll(child, 1);
     return 0;
+}
+
+int recovery_write_now(int kind, const char *model_file, int seconds)
+{
+    pid_t child = recovery_write_begin(kind, model_file);
+    if (child < 0) return 0;
+    return wait_for_writer(child, seconds);
 }
 
 /* ---- the last moments ---- */
@@ -139,17 +148,7 @@ int recovery_emergency_save(void)
     pid_t child = _Fork();
     if (child < 0) return 0;
     if (child == 0) child_writes(emergency_path, current_file_name);
-    struct timespec pause = {0, 20 * 1000 * 1000};
-    for (int i = 0; i < 500; i++) {
-        int status = 0;
-        pid_t r = waitpid(child, &status, WNOHANG);
-        if (r == child) return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-        if (r < 0 && errno != EINTR) return 0;
-        nanosleep(&pause, nullptr);
-    }
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    return 0;
+    return wait_for_writer(child, 10);
 }
 
 /* ---- finding them again ---- */

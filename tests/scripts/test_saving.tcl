@@ -21,9 +21,7 @@ proc entries {dir} {
 set limited [file join $::scratch limited]
 file mkdir $limited
 set target [file join $limited model.vk]
-set fd [open $target w]
-puts $fd "the previous file"
-close $fd
+write_bytes $target "the previous file\n"
 set child [file join $::scratch limit_child.tcl]
 set fd [open $child w]
 puts $fd {
@@ -50,9 +48,7 @@ if {[catch {exec mount -t tmpfs -o size=32k tmpfs $small} why]} {
     # Unmounted whatever happens, so that no later run finds it mounted.
     try {
         set target [file join $small model.vk]
-        set fd [open $target w]
-        puts $fd "the previous file"
-        close $fd
+        write_bytes $target "the previous file\n"
         quietly { vesk new_model; for {set i 0} {$i < 300} {incr i} { vesk new_cube; vesk move 1 0 0 } }
         set out [quietly { set r [vesk save_vk $target] }]
         check "full disk: not saved" $r 0
@@ -76,9 +72,7 @@ quietly { vesk load_vk [file join $data model.vk] }
 set real_dir [file join $::scratch real]
 file mkdir $real_dir
 set real [file join $real_dir model.vk]
-set fd [open $real w]
-puts $fd "old"
-close $fd
+write_bytes $real "old\n"
 set link [file join $::scratch link.vk]
 file link -symbolic $link $real
 quietly { set r [vesk save_vk $link] }
