@@ -38,34 +38,21 @@ proc check_match {name actual pattern} {
     }
 }
 
-# Runs body with standard output captured; returns what it printed.
-# Console output of the core goes straight to the process's stdout, so
-# the capture redirects the file descriptor through a temporary file.
-proc capture_console {body} {
-    set f [file join $::scratch capture_[incr ::capture_count].txt]
-    set saved [vesk_redirect_stdout $f]
-    set code [catch {uplevel 1 $body} result]
-    vesk_restore_stdout $saved
-    set fd [open $f r]
-    set text [read $fd]
-    close $fd
-    if {$code == 1} { return -code error $result }
-    return $text
-}
-
-# Like capture_console, with standard error too (where message boxes go
-# without a display): what went to standard output, then what went to
-# standard error.
-proc capture_all {body} {
-    set f [file join $::scratch capture_[incr ::capture_count].txt]
-    set saved_out [vesk_redirect_stdout $f]
-    set saved_err [vesk_redirect_stderr $f.err]
-    set code [catch {uplevel 1 $body} result]
-    vesk_restore_stderr $saved_err
-    vesk_restore_stdout $saved_out
+# Runs body (in the caller's frame) with the given streams captured;
+# returns what went to them, stream by stream.  Console output of the
+# core goes straight to the process's file descriptors, so the capture
+# redirects them through temporary files.
+proc capture_streams {streams body} {
+    set f [file join $::scratch capture_[incr ::capture_count]]
+    set saved {}
+    foreach stream $streams { lappend saved $stream [vesk_redirect_$stream $f.$stream] }
+    set code [catch {uplevel 2 $body} result]
+    # Restored in the opposite order: lreverse turns {stream token ...}
+    # into {token stream ...}.
+    foreach {token stream} [lreverse $saved] { vesk_restore_$stream $token }
     set text ""
-    foreach part [list $f $f.err] {
-        set fd [open $part r]
+    foreach stream $streams {
+        set fd [open $f.$stream r]
         append text [read $fd]
         close $fd
     }
@@ -73,9 +60,14 @@ proc capture_all {body} {
     return $text
 }
 
-# Runs body with everything it prints captured (see capture_all); returns
-# what it printed.
-proc quietly {body} { return [capture_all [list uplevel 1 $body]] }
+# Runs body with standard output captured; returns what it printed.
+proc capture_console {body} { return [capture_streams stdout $body] }
+
+# The same with standard error too (where message boxes go without a
+# display): what went to standard output, then what went to standard
+# error.
+proc capture_all {body} { return [capture_streams {stdout stderr} $body] }
+interp alias {} quietly {} capture_all
 
 # Every vertex of the model, for comparing models.
 proc model_vertices {} {
