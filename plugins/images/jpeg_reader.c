@@ -2,7 +2,9 @@
  * jpeg_reader.c - JPEG images through libjpeg(-turbo): grey, YCbCr and
  * RGB files converted to 8-bit RGB, rows written from the bottom up.
  * Library errors come back here by longjmp; a file that ends early (the
- * library's warning) is refused rather than shown half grey.
+ * library's warning) is refused rather than shown half grey, and so is a
+ * Huffman-coded file far too short for the size its header claims, before
+ * any memory is taken for the picture.
  */
 #include "images.h"
 
@@ -38,8 +40,22 @@ static void report(j_common_ptr cinfo, const char *name)
     fprintf(stderr, "jpeg file %s: %s\n", name, text);
 }
 
-/* Decodes into image; returns 0 with a message on any failure. */
-static int decode(struct jpeg_decompress_struct *cinfo, struct JpegError *error, vkimage *image, const char *name)
+/* Huffman coding spends at least a bit on every 8x8 block's DC value, so
+ * a file of size bytes holds at most 512 pixels a byte of one component;
+ * twice that leaves room for any subsampling.  Arithmetic coding has no
+ * such floor. */
+static int size_can_hold(const struct jpeg_decompress_struct *cinfo, size_t size)
+{
+    if (cinfo->arith_code) return 1;
+    size_t pixels = (size_t)cinfo->image_width * cinfo->image_height;
+    size_t need = pixels / 1024;
+    return need <= 64 || need - 64 <= size;
+}
+
+/* Decodes into image; returns 0 with a message on any failure.  size is
+ * the file's length in bytes. */
+static int decode(struct jpeg_decompress_struct *cinfo, struct JpegError *error, vkimage *image, const char *name,
+                  size_t size)
 {
     unsigned char *volatile data = NULL;
     if (setjmp(error->escape)) {
@@ -57,6 +73,11 @@ static int decode(struct jpeg_decompress_struct *cinfo, struct JpegError *error,
     unsigned w = cinfo->image_width, h = cinfo->image_height;
     if (w == 0 || h == 0 || w > 65535 || h > 65535 || (size_t)w * h > IMAGES_MAX_PIXELS) {
         fprintf(stderr, "jpeg file %s: can't use a picture of %u x %u pixels\n", name, w, h);
+        return 0;
+    }
+    if (!size_can_hold(cinfo, size)) {
+        fprintf(stderr, "jpeg file %s: %lu bytes can't hold a picture of %u x %u pixels\n", name,
+                (unsigned long)size, w, h);
         return 0;
     }
     cinfo->out_color_space = JCS_RGB;
@@ -100,7 +121,7 @@ static vkimage *read_jpeg(FILE *file, const unsigned char *bytes, size_t size, c
     jpeg_create_decompress(&cinfo);
     if (file) jpeg_stdio_src(&cinfo, file);
     else jpeg_mem_src(&cinfo, bytes, (unsigned long)size);
-    int ok = decode(&cinfo, &error, image, name);
+    int ok = decode(&cinfo, &error, image, name, size);
     jpeg_destroy_decompress(&cinfo);
     if (!ok) {
         free_vkimage(image);
@@ -125,7 +146,13 @@ vkimage *jpeg_image_load(const char *filename)
         fprintf(stderr, "jpeg file %s: can't open it\n", filename);
         return NULL;
     }
-    vkimage *image = read_jpeg(file, NULL, 0, filename);
+    size_t size = (size_t)-1; /* unknown: no bound */
+    if (fseek(file, 0, SEEK_END) == 0) {
+        long end = ftell(file);
+        if (end > 0) size = (size_t)end;
+        rewind(file);
+    }
+    vkimage *image = read_jpeg(file, NULL, size, filename);
     fclose(file);
     return image;
 }

@@ -16,6 +16,8 @@ extern int console_to_stderr;
 
 /* Frees the guarded blocks still waiting in the release quarantine. */
 void memory_release_quarantine(void);
+/* Bytes of guarded blocks waiting there now. */
+size_t memory_quarantined_bytes(void);
 /* Around a load that will allocate about expected_bytes: memory is
  * faulted in ahead of the reader on another thread meanwhile. */
 void memory_prefault_begin(size_t expected_bytes);

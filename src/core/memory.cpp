@@ -30,7 +30,9 @@
  * is guarded: it keeps the running total of bytes in use, traces when
  * debugging, and lets released blocks wait in a short quarantine before
  * they can be reused, so that their FREED_MAGIC stays readable and a
- * double free is reported rather than freeing someone else's block.
+ * double free is reported rather than freeing someone else's block.  The
+ * quarantine holds at most QUARANTINE_BYTES: a run of freed pictures or
+ * big arrays must not keep gigabytes out of use.
  *
  * Blocks are only allocated and released on the main thread: apart from
  * the slab reserve, nothing here locks.
@@ -39,6 +41,7 @@
 #include "core/internal.h"
 #include "app/prefs.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdlib>
 #include <condition_variable>
@@ -63,6 +66,7 @@ static const uint32_t ALLOC_MAGIC = 0x0000B0CA;
 static const uint32_t FREED_MAGIC = 0x0000DEAD;
 static const unsigned HEADER_SIZE = 8;
 static const unsigned QUARANTINE_SIZE = 1024;
+static const size_t QUARANTINE_BYTES = (size_t)64 << 20;
 
 enum {
     GRAIN = 8,                 /* size classes step by this many bytes */
@@ -77,6 +81,7 @@ uint32_t memory_total_allocated = 0;
 
 static void *quarantine[QUARANTINE_SIZE];
 static unsigned quarantine_next = 0;
+static size_t quarantine_bytes = 0;
 
 /* The slab being cut and the released blocks of each size class (linked
  * through the first word after their header). */
@@ -299,15 +304,30 @@ void *myalloc(unsigned int size)
     return p;
 }
 
-static void quarantine_block(unsigned char *header)
+static void release_quarantined(unsigned slot)
 {
-    unsigned char *oldest = (unsigned char *)quarantine[quarantine_next];
-    if (oldest) {
-        uint32_t guard, size;
-        read_header(oldest, &guard, &size);
-        release_block(oldest, size);
+    unsigned char *header = (unsigned char *)quarantine[slot];
+    if (!header) return;
+    quarantine[slot] = nullptr;
+    uint32_t guard, size;
+    read_header(header, &guard, &size);
+    assert(quarantine_bytes >= size);
+    quarantine_bytes -= size;
+    release_block(header, size);
+}
+
+static void quarantine_block(unsigned char *header, uint32_t size)
+{
+    if (size > QUARANTINE_BYTES / 4) {
+        release_block(header, size);
+        return;
     }
+    release_quarantined(quarantine_next);
+    /* Oldest first, until the newcomer fits the budget. */
+    for (unsigned k = 1; k < QUARANTINE_SIZE && quarantine_bytes + size > QUARANTINE_BYTES; k++)
+        release_quarantined((quarantine_next + k) % QUARANTINE_SIZE);
     quarantine[quarantine_next] = header;
+    quarantine_bytes += size;
     quarantine_next = (quarantine_next + 1) % QUARANTINE_SIZE;
 }
 
@@ -337,19 +357,18 @@ void myfree(void *p)
         console_printf("freeing %d (addr 0x%lX, total allocated %d)\n", size,
                        (unsigned long)(uintptr_t)p, memory_total_allocated);
     }
-    quarantine_block(header);
+    quarantine_block(header, size);
 }
 
 void memory_release_quarantine(void)
 {
-    for (unsigned i = 0; i < QUARANTINE_SIZE; i++) {
-        unsigned char *header = (unsigned char *)quarantine[i];
-        quarantine[i] = nullptr;
-        if (!header) continue;
-        uint32_t guard, size;
-        read_header(header, &guard, &size);
-        release_block(header, size);
-    }
+    for (unsigned i = 0; i < QUARANTINE_SIZE; i++) release_quarantined(i);
+    assert(quarantine_bytes == 0);
+}
+
+size_t memory_quarantined_bytes(void)
+{
+    return quarantine_bytes;
 }
 
 char *mystrdup(const char *text)

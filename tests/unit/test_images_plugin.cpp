@@ -153,6 +153,31 @@ TEST_F(ImagesPlugin, DamagedFilesAreRefusedWithAMessage)
     }
 }
 
+/* A 200-byte JPEG whose header claims 777 x 65283 pixels is refused
+ * before the 150 MB for its picture are taken; large plain pictures that
+ * really are that small (solid colours, progressive or not) still load. */
+TEST_F(ImagesPlugin, JpegHeaderLargerThanItsFileIsRefused)
+{
+    const char *claim =
+        "/9j/4AAQSkZJRgABAQAhAAABAAD/2wBDAAMCAgICAgMCAgIDAwMDBAYEBAQEBAgGCgUGCQj29fb39vb1+A8MCgsOCwkJDRENDg8QEBEQ"
+        "CgwSExIQJA8QEBD/wAALCP8DAwkBAREA/8QAFQABAQAAAAAAAAAAAAAAAAAAAgcCBAADBhESCBghMFFTYZPR/9oACAEBAAA/ADAFhKB6"
+        "AAAAAAAB2Q==";
+    ASSERT_TRUE(run(std::string("echo ") + claim + " | base64 -d > claim.jpg"));
+    vkimage *image = nullptr;
+    Captured c = capture([&] { image = texture_read((work + "/claim.jpg").c_str()); });
+    EXPECT_EQ(image, nullptr);
+    EXPECT_NE(c.err.find("can't hold a picture of 777 x 65283 pixels"), std::string::npos) << c.err;
+
+    ASSERT_TRUE(run("convert -size 3000x3000 xc:white solid.jpg && convert -size 3000x3000 xc:gray -interlace JPEG "
+                    "-define jpeg:optimize-coding=true solidp.jpg"));
+    for (const char *name : {"solid.jpg", "solidp.jpg"}) {
+        c = capture([&] { image = texture_read((work + "/" + name).c_str()); });
+        ASSERT_NE(image, nullptr) << name << ": " << c.err;
+        EXPECT_EQ(image->width, 3000);
+        free_vkimage(image);
+    }
+}
+
 TEST_F(ImagesPlugin, LoadersAreRegisteredInFrontOfTheBuiltIns)
 {
     unsigned n = list_count(texture_loaders);

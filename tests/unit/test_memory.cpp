@@ -91,6 +91,37 @@ TEST(Memory, DoubleFreeIsDiagnosedNotRepeated)
     EXPECT_EQ(c.out, expected);
 }
 
+/* A run of big guarded blocks freed one after another (decoded pictures,
+ * say) must not pile up in the quarantine: it stays within its byte
+ * budget, and a block too big for it goes straight back. */
+TEST(Memory, QuarantineKeepsToItsByteBudget)
+{
+    GuardingScope scope(true);
+    memory_release_quarantine();
+    const unsigned big = 12u << 20;
+    for (int i = 0; i < 40; i++) {
+        void *p = myalloc(big);
+        ASSERT_NE(p, nullptr);
+        memset(p, i, 4096);
+        myfree(p);
+        EXPECT_LE(memory_quarantined_bytes(), (size_t)64 << 20);
+    }
+    EXPECT_GT(memory_quarantined_bytes(), (size_t)0);
+    size_t before = memory_quarantined_bytes();
+    void *huge = myalloc(100u << 20);
+    ASSERT_NE(huge, nullptr);
+    myfree(huge);
+    EXPECT_EQ(memory_quarantined_bytes(), before);
+
+    /* Small blocks still wait there and a double free is still caught. */
+    void *small = myalloc(32);
+    myfree(small);
+    Captured c = capture([&] { myfree(small); });
+    EXPECT_NE(c.out.find("already freed"), std::string::npos);
+    memory_release_quarantine();
+    EXPECT_EQ(memory_quarantined_bytes(), (size_t)0);
+}
+
 TEST(Memory, ForeignPointersAreRefused)
 {
     GuardingScope scope(true);
