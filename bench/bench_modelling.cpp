@@ -3,7 +3,8 @@
  * meshes of n and 4n quadrilaterals (100k and 400k by default), with
  * their undo snapshots, and prints seconds per step and the ratio of the
  * two sizes: about 4 means the step is linear in its input.
- * `bench_modelling [quads]` changes the smaller size.
+ * `bench_modelling [quads [step]]` changes the smaller size and runs only
+ * the step whose label begins with the given text (for profiling).
  */
 #include "vesk.h"
 #include "app/prefs.h"
@@ -17,6 +18,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 static double seconds_since(std::chrono::steady_clock::time_point start)
 {
@@ -104,7 +106,9 @@ int main(int argc, char **argv)
         {"spline", plain_mesh, spline_selected},
         {"revolve (4 steps)", selected_profile, revolve_y},
     };
+    const char *only = argc > 2 ? argv[2] : nullptr;
     for (const Step &step : steps) {
+        if (only && strncmp(step.label, only, strlen(only)) != 0) continue;
         double small = time_step(step, quads);
         double large = time_step(step, 4 * quads);
         printf("%-24s ratio for 4x the input: %.2f\n\n", step.label, small > 0 ? large / small : 0.0);

@@ -79,7 +79,10 @@ static const size_t SLAB_SIZE = (size_t)2 << 20;
 int debug_flag = 0;
 uint32_t memory_total_allocated = 0;
 
+/* Each waiting block with its size beside it: reading the size from the
+ * block's own header would cost a cache miss on every release. */
 static void *quarantine[QUARANTINE_SIZE];
+static uint32_t quarantine_sizes[QUARANTINE_SIZE];
 static unsigned quarantine_next = 0;
 static size_t quarantine_bytes = 0;
 
@@ -309,8 +312,7 @@ static void release_quarantined(unsigned slot)
     unsigned char *header = (unsigned char *)quarantine[slot];
     if (!header) return;
     quarantine[slot] = nullptr;
-    uint32_t guard, size;
-    read_header(header, &guard, &size);
+    uint32_t size = quarantine_sizes[slot];
     assert(quarantine_bytes >= size);
     quarantine_bytes -= size;
     release_block(header, size);
@@ -327,6 +329,7 @@ static void quarantine_block(unsigned char *header, uint32_t size)
     for (unsigned k = 1; k < QUARANTINE_SIZE && quarantine_bytes + size > QUARANTINE_BYTES; k++)
         release_quarantined((quarantine_next + k) % QUARANTINE_SIZE);
     quarantine[quarantine_next] = header;
+    quarantine_sizes[quarantine_next] = size;
     quarantine_bytes += size;
     quarantine_next = (quarantine_next + 1) % QUARANTINE_SIZE;
 }

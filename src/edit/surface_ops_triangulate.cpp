@@ -6,11 +6,13 @@
  * keeps the outline's winding, so the triangles face the way the polygon
  * did.  A polygon the tessellator cannot handle (a self-intersecting
  * outline, for which it would need to invent vertices) is reported and
- * left as it was.
+ * left as it was.  Small outlines of an order type met before take the
+ * triangles the tessellator made then (triangulate_cache.h).
  */
 #include "edit/surface_ops.h"
 #include "edit/surface_ops_batch.h"
 #include "edit/selection.h"
+#include "edit/triangulate_cache.h"
 #include "edit/undo.h"
 
 #include <GL/glu.h>
@@ -119,14 +121,8 @@ static std::vector<GLdouble> outline_coordinates(Surface *surface)
     return xyz;
 }
 
-static List *triangulate_with(GLUtesselator *tess, Surface *surface)
+static List *tessellate(GLUtesselator *tess, Surface *surface, std::vector<GLdouble> &xyz)
 {
-    if (!surface || surface->num_vertrefs < 4) return nullptr;
-    std::vector<GLdouble> xyz = outline_coordinates(surface);
-    if (xyz.empty()) {
-        console_printf("triangulation error - a point of the surface is missing or not a number\n");
-        return nullptr;
-    }
     Tessellation t = {surface, nullptr, nullptr, nullptr, {nullptr, nullptr}, 0, 0};
     gluTessBeginPolygon(tess, &t);
     gluTessBeginContour(tess);
@@ -137,6 +133,75 @@ static List *triangulate_with(GLUtesselator *tess, Surface *surface)
     close_triangle(&t);
     if (t.failed) free_surfaces(&t.triangles);
     return t.triangles;
+}
+
+/* The outline's references in order. */
+static int outline_refs(Surface *surface, SVertex **refs)
+{
+    int n = 0;
+    for (List *r = surface->vertrefs; r && n < TRIANGULATE_CACHE_MAX_CORNERS; r = r->next) refs[n++] = (SVertex *)r->item;
+    return n;
+}
+
+/* The triangles as corners of the outline; false when one of them holds
+ * a point that is not a corner or the count is not what an outline of
+ * that many corners gives. */
+static bool corners_of(Surface *surface, List *triangles, CornerTriangles *out)
+{
+    SVertex *refs[TRIANGULATE_CACHE_MAX_CORNERS];
+    int n = outline_refs(surface, refs);
+    out->count = 0;
+    for (List *l = triangles; l; l = l->next) {
+        Surface *triangle = (Surface *)l->item;
+        if (triangle->num_vertrefs != 3 || out->count == n - 2) return false;
+        int k = 0;
+        for (List *r = triangle->vertrefs; r; r = r->next, k++) {
+            Vertex *v = ((SVertex *)r->item)->vertex;
+            int corner = 0;
+            while (corner < n && refs[corner]->vertex != v) corner++;
+            if (corner == n) return false;
+            out->corners[3 * out->count + k] = (uint8_t)corner;
+        }
+        out->count++;
+    }
+    return out->count == n - 2;
+}
+
+static List *triangles_from_corners(Surface *surface, const CornerTriangles &known)
+{
+    SVertex *refs[TRIANGULATE_CACHE_MAX_CORNERS];
+    outline_refs(surface, refs);
+    List *triangles = nullptr, *tail = nullptr;
+    for (int k = 0; k < known.count; k++) {
+        Surface *triangle = new_surface();
+        surface_copy_properties(surface, triangle);
+        RefAppender appender = ref_appender_start(triangle);
+        for (int c = 0; c < 3; c++) {
+            const SVertex *ref = refs[known.corners[3 * k + c]];
+            ref_append(&appender, ref->vertex, ref->u, ref->v);
+        }
+        tail = list_add_item_fast(&triangles, tail, triangle);
+    }
+    return triangles;
+}
+
+static List *triangulate_with(GLUtesselator *tess, Surface *surface)
+{
+    if (!surface || surface->num_vertrefs < 4) return nullptr;
+    std::vector<GLdouble> xyz = outline_coordinates(surface);
+    if (xyz.empty()) {
+        console_printf("triangulation error - a point of the surface is missing or not a number\n");
+        return nullptr;
+    }
+    OutlineKey key;
+    bool keyed = triangulate_cache_enabled() && outline_key(xyz.data(), (int)surface->num_vertrefs, &key);
+    if (keyed) {
+        if (const CornerTriangles *known = triangulate_cache_find(key)) return triangles_from_corners(surface, *known);
+    }
+    List *triangles = tessellate(tess, surface, xyz);
+    CornerTriangles found;
+    if (keyed && triangles && corners_of(surface, triangles, &found)) triangulate_cache_store(key, found);
+    return triangles;
 }
 
 List *surface_get_triangulations(Surface *surface)
