@@ -49,9 +49,11 @@ static VertexUse *vertex_use(SplineRun *run, Object *object)
     return slot.get();
 }
 
-/* The s points of one curve piece through the control points a, b, c. */
+/* The s points of one curve piece through the control points a, b, c;
+ * none when s is 0. */
 static void add_piece(std::vector<Vertex *> *out, const float *a, const float *b, const float *c, int steps)
 {
+    if (steps <= 0) return;
     int step = 1024 / steps;
     for (int i = 0; i < steps; i++) {
         double t = (double)i * step;
@@ -119,14 +121,13 @@ static int spline_in(SplineRun *run, Object *object, Surface *surface)
     return 1;
 }
 
-/* spline_steps within [1, SPLINE_MAX_STEPS], or 0 with a message. */
+/* spline_steps within [0, SPLINE_MAX_STEPS]: with 0 or less a curve
+ * piece adds nothing, so a closed outline loses every point and an open
+ * line keeps only copies of its two ends. */
 static int spline_steps_setting(void)
 {
     int steps = prefs.spline_steps;
-    if (steps < 1) {
-        display_message("the spline steps setting is %d - please set it to 1 or more", steps);
-        return 0;
-    }
+    if (steps < 0) return 0;
     return steps > SPLINE_MAX_STEPS ? SPLINE_MAX_STEPS : steps;
 }
 
@@ -140,7 +141,6 @@ void surface_spline(Surface *surface, Object *)
     }
     SplineRun run;
     run.steps = spline_steps_setting();
-    if (!run.steps) return;
     spline_in(&run, owner, surface);
     edits_finish(&run.edits);
 }
@@ -154,7 +154,6 @@ int spline_selected(void)
     }
     SplineRun run;
     run.steps = spline_steps_setting();
-    if (!run.steps) return 0;
     display_message("setting up undo for spline...");
     new_undo(UNDO_SNAPSHOT, "spline");
     set_undo_all();

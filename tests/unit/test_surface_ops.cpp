@@ -378,14 +378,39 @@ TEST_F(SurfaceOpsTest, SplineKeepsPointsOtherSurfacesUse)
     EXPECT_EQ(surfaces_of(o)[1]->num_vertrefs, 3u);
 }
 
+/* With no steps a curve piece adds nothing: a closed outline is left
+ * without points, an open line with copies of its two ends, and the step
+ * can be undone. */
+TEST_F(SurfaceOpsTest, SplineWithNoStepsKeepsOnlyTheEndsOfLines)
+{
+    for (int steps : {0, -3}) {
+        Object *t = triangle_object(world);
+        Object *l = object_with_points(world, {{0, 0, 0}, {1, 0, 0}, {2, 1, 0}, {3, 0, 0}});
+        Surface *line = add_face(l, {0, 1, 2, 3}, SURFACE_LINE);
+        clear_selection();
+        select_object(t);
+        select_object(l);
+        prefs.spline_steps = steps;
+        EXPECT_EQ(spline_selected(), 1);
+        expect_consistent(t);
+        expect_consistent(l);
+        EXPECT_EQ(surfaces_of(t)[0]->num_vertrefs, 0u);
+        ASSERT_EQ(line->num_vertrefs, 2u);
+        EXPECT_EQ(((SVertex *)line->vertrefs->item)->vertex->point[0], 0.0f);
+        EXPECT_EQ(((SVertex *)line->vertrefs->next->item)->vertex->point[0], 3.0f);
+        ASSERT_NE(undo_current(), nullptr);
+        EXPECT_STREQ(undo_current()->label, "spline");
+        clear_selection();
+        object_delete(t);
+        object_delete(l);
+        clear_all_undos();
+    }
+}
+
 TEST_F(SurfaceOpsTest, SplineRefusesBadSettingsAndOrphans)
 {
     Object *t = triangle_object(world);
     select_vertices_of(t);
-    prefs.spline_steps = 0;
-    EXPECT_EQ(spline_selected(), 0);
-    EXPECT_EQ(surfaces_of(t)[0]->num_vertrefs, 3u);
-    EXPECT_EQ(undo_current(), nullptr);
     prefs.spline_steps = 1 << 30;
     EXPECT_EQ(spline_selected(), 1);
     EXPECT_EQ(surfaces_of(t)[0]->num_vertrefs, 3u * SPLINE_MAX_STEPS);
