@@ -3,6 +3,9 @@
  * meshes of n and 4n quadrilaterals (100k and 400k by default), with
  * their undo snapshots, and prints seconds per step and the ratio of the
  * two sizes: about 4 means the step is linear in its input.
+ * Beside each step at the larger size: its undo, and the floor of
+ * building that many records, the time to load a model file of the
+ * step's result (so every figure reads as a ratio within one run).
  * `bench_modelling [quads [step]]` changes the smaller size and runs only
  * the step whose label begins with the given text (for profiling).
  */
@@ -13,12 +16,14 @@
 #include "edit/surface_ops.h"
 #include "edit/extrude.h"
 #include "edit/undo.h"
+#include "fileio/vk_file.h"
 
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <unistd.h>
 
 static double seconds_since(std::chrono::steady_clock::time_point start)
 {
@@ -73,6 +78,42 @@ struct Step {
     int (*run)(void);
 };
 
+static void quietly(void (*work)(void *), void *context)
+{
+    fflush(stdout);
+    FILE *saved = fdopen(dup(fileno(stdout)), "w");
+    if (!freopen("/dev/null", "w", stdout)) return;
+    work(context);
+    fflush(stdout);
+    dup2(fileno(saved), fileno(stdout));
+    fclose(saved);
+}
+
+static double undo_seconds(void)
+{
+    auto start = std::chrono::steady_clock::now();
+    quietly([](void *) { UNDO(); }, nullptr);
+    return seconds_since(start);
+}
+
+/* Saves the model, empties it and times loading the file back. */
+static double load_floor_seconds(void)
+{
+    static const char *path = "/tmp/bench_modelling_floor.vk";
+    double seconds = 0;
+    quietly(
+        [](void *out) {
+            write_vk(path);
+            clear_model();
+            auto start = std::chrono::steady_clock::now();
+            readfile_vk(path, world, 0);
+            *(double *)out = seconds_since(start);
+        },
+        &seconds);
+    remove(path);
+    return seconds;
+}
+
 static double time_step(const Step &step, unsigned int quads)
 {
     step.prepare(quads);
@@ -111,7 +152,12 @@ int main(int argc, char **argv)
         if (only && strncmp(step.label, only, strlen(only)) != 0) continue;
         double small = time_step(step, quads);
         double large = time_step(step, 4 * quads);
-        printf("%-24s ratio for 4x the input: %.2f\n\n", step.label, small > 0 ? large / small : 0.0);
+        printf("%-24s ratio for 4x the input: %.2f\n", step.label, small > 0 ? large / small : 0.0);
+        double floor = load_floor_seconds();
+        printf("%-24s load of the result: %.3f s, step / load %.2f\n", step.label, floor, floor > 0 ? large / floor : 0.0);
+        time_step(step, 4 * quads);
+        double undo = undo_seconds();
+        printf("%-24s undo %.3f s, undo / step %.2f\n\n", step.label, undo, large > 0 ? undo / large : 0.0);
     }
     clear_model();
     return 0;
