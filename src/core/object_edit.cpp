@@ -5,6 +5,7 @@
  */
 #include "vesk.h"
 #include "core/internal.h"
+#include "core/point_key.h"
 
 #include <cstring>
 #include <unordered_map>
@@ -37,41 +38,7 @@ void object_copy_data(Object *from, Object *to)
  * position, so that cloning a large object finds each reference's vertex
  * without walking the vertex list.  Matches exact float comparison: -0
  * finds 0, and a position holding a NaN is never found. */
-namespace {
-
-struct PointKey {
-    float p[3];
-};
-
-struct PointKeyHash {
-    size_t operator()(const PointKey &k) const
-    {
-        size_t h = 0;
-        for (float f : k.p) {
-            if (f == 0.0f) f = 0.0f; /* -0 hashes as 0 */
-            uint32_t bits;
-            memcpy(&bits, &f, sizeof bits);
-            h = h * 1000003u ^ bits;
-        }
-        return h;
-    }
-};
-
-struct PointKeyEqual {
-    bool operator()(const PointKey &a, const PointKey &b) const
-    {
-        return a.p[0] == b.p[0] && a.p[1] == b.p[1] && a.p[2] == b.p[2];
-    }
-};
-
-} // namespace
-
-typedef std::unordered_map<PointKey, Vertex *, PointKeyHash, PointKeyEqual> VertexIndex;
-
-static bool point_is_comparable(const float *p)
-{
-    return p[0] == p[0] && p[1] == p[1] && p[2] == p[2];
-}
+typedef std::unordered_map<PointKey, Vertex *, PointKeyHash> VertexIndex;
 
 static void index_vertices(Object *object, VertexIndex *index)
 {

@@ -13,41 +13,12 @@
 #include "core/lights.h"
 #include "view/redraw.h"
 #include "view/view_state.h"
+#include "core/point_key.h"
 
 #include <cstring>
 #include <unordered_map>
 
-namespace {
-
-/* A point as a hash key with exact float equality: -0 equals 0, and a NaN
- * equals nothing. */
-struct PointKey {
-    float p[3];
-    bool operator==(const PointKey &o) const { return p[0] == o.p[0] && p[1] == o.p[1] && p[2] == o.p[2]; }
-};
-
-struct PointKeyHash {
-    size_t operator()(const PointKey &k) const
-    {
-        size_t h = 0;
-        for (float f : k.p) {
-            if (f == 0.0f) f = 0.0f;
-            uint32_t bits;
-            memcpy(&bits, &f, sizeof bits);
-            h = h * 1000003u ^ bits;
-        }
-        return h;
-    }
-};
-
 typedef std::unordered_map<PointKey, Vertex *, PointKeyHash> PointIndex;
-
-} // namespace
-
-static bool comparable(const float *p)
-{
-    return p[0] == p[0] && p[1] == p[1] && p[2] == p[2];
-}
 
 /* A copy of the surface whose references point at the first vertex copy
  * at the same position; references with no copy there are dropped. */
@@ -62,7 +33,7 @@ static Surface *clone_surface(Surface *s, const PointIndex &index)
     List *tail = nullptr;
     for (List *r = s->vertrefs; r; r = r->next) {
         SVertex *ref = (SVertex *)r->item;
-        if (!comparable(ref->vertex->point)) continue;
+        if (!point_is_comparable(ref->vertex->point)) continue;
         PointKey key = {{ref->vertex->point[0], ref->vertex->point[1], ref->vertex->point[2]}};
         auto it = index.find(key);
         if (it == index.end()) continue;
@@ -83,7 +54,7 @@ static Object *clone_selected_vertices(int whole_surfaces)
         Vertex *copy = vertex_clone((Vertex *)v->item);
         tail = list_add_item_fast(&o->vertices, tail, copy);
         o->num_vert++;
-        if (!comparable(copy->point)) continue;
+        if (!point_is_comparable(copy->point)) continue;
         PointKey key = {{copy->point[0], copy->point[1], copy->point[2]}};
         index.emplace(key, copy);
     }

@@ -15,35 +15,13 @@
 #include "edit/selection.h"
 #include "edit/undo.h"
 #include "view/redraw.h"
+#include "core/point_key.h"
 
 #include <algorithm>
 #include <cstring>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
-
-namespace {
-
-struct PointKey {
-    float p[3];
-    bool operator==(const PointKey &o) const { return p[0] == o.p[0] && p[1] == o.p[1] && p[2] == o.p[2]; }
-};
-
-struct PointKeyHash {
-    size_t operator()(const PointKey &k) const
-    {
-        size_t h = 0;
-        for (float f : k.p) {
-            if (f == 0.0f) f = 0.0f; /* -0 equals 0 */
-            uint32_t bits;
-            memcpy(&bits, &f, sizeof bits);
-            h = h * 1000003u ^ bits;
-        }
-        return h;
-    }
-};
-
-} // namespace
 
 /* A fresh number for marking vertices: a vertex whose mark equals it has
  * been seen in the current pass. */
