@@ -35,5 +35,8 @@ unsigned int object_handle_count(void);
 /* Drops the palette entries from count on.  Only for entries that a file
  * being read aside added and that nothing else can refer to. */
 void palette_truncate(int count);
+/* Unlinks and frees the reference at *link (a link of the surface's
+ * reference list), keeping the count; *link then holds the next one. */
+void surface_unlink_ref(Surface *surface, List **link);
 
 #endif

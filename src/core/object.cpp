@@ -323,6 +323,15 @@ void objectlist_delete(List *objects)
     for (List *l = objects; l; l = l->next) object_delete((Object *)l->item);
 }
 
+void surface_unlink_ref(Surface *surface, List **link)
+{
+    List *gone = *link;
+    *link = gone->next;
+    myfree(gone->item);
+    myfree(gone);
+    surface->num_vertrefs--;
+}
+
 /* Removes every reference to vertex from surface; returns how many. */
 static int surface_remove_vertex_refs(Surface *surface, Vertex *vertex)
 {
@@ -334,11 +343,7 @@ static int surface_remove_vertex_refs(Surface *surface, Vertex *vertex)
             link = &(*link)->next;
             continue;
         }
-        List *gone = *link;
-        *link = gone->next;
-        myfree(ref);
-        myfree(gone);
-        surface->num_vertrefs--;
+        surface_unlink_ref(surface, link);
         removed++;
     }
     return removed;

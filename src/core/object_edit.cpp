@@ -162,11 +162,7 @@ static void surface_replace_ref(Surface *surface, Vertex *old_vertex, Vertex *ne
             link = &(*link)->next;
             continue;
         }
-        List *gone = *link;
-        *link = gone->next;
-        myfree(ref);
-        myfree(gone);
-        surface->num_vertrefs--;
+        surface_unlink_ref(surface, link);
         console_printf("duplicate surface ref deleted\n");
     }
 }

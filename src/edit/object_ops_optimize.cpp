@@ -15,6 +15,7 @@
 #include "edit/selection.h"
 #include "edit/undo.h"
 #include "view/redraw.h"
+#include "core/internal.h"
 #include "core/point_key.h"
 
 #include <algorithm>
@@ -30,15 +31,6 @@ static uint32_t next_serial(void)
     static uint32_t serial = 0;
     if (++serial == 0) serial = 1;
     return serial;
-}
-
-static void unlink_ref(Surface *s, List **link)
-{
-    List *gone = *link;
-    *link = gone->next;
-    myfree(gone->item);
-    myfree(gone);
-    s->num_vertrefs--;
 }
 
 /* ---- vertices ---- */
@@ -76,7 +68,7 @@ static void redirect_references(Object *o, const PointerTable *duplicate_of)
             }
             if (ref->vertex->mark == serial) {
                 console_printf("duplicate surface ref deleted\n");
-                unlink_ref(sf, link);
+                surface_unlink_ref(sf, link);
                 continue;
             }
             ref->vertex->mark = serial;
@@ -119,7 +111,7 @@ static int remove_repeated_references(Object *o)
         while (*link) {
             Vertex *v = ((SVertex *)(*link)->item)->vertex;
             if (v->mark == serial) {
-                unlink_ref(sf, link);
+                surface_unlink_ref(sf, link);
                 removed++;
                 continue;
             }

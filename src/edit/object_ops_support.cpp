@@ -6,6 +6,7 @@
  * lists it touches, so that operations on a million vertices stay linear.
  */
 #include "edit/object_ops.h"
+#include "core/internal.h"
 #include "edit/redo.h"
 #include "edit/selection.h"
 #include "app/linked_vars.h"
@@ -90,11 +91,7 @@ static int surface_drop_refs(Surface *s, const PointerTable *doomed)
             link = &(*link)->next;
             continue;
         }
-        List *gone = *link;
-        *link = gone->next;
-        myfree(ref);
-        myfree(gone);
-        s->num_vertrefs--;
+        surface_unlink_ref(s, link);
     }
     return s->vertrefs == nullptr;
 }
