@@ -102,31 +102,8 @@ int clipboard_paste(void);
 /* Objects held by the clipboard. */
 int clipboard_count(void);
 
-/* Modelling commands (edit/primitives, surface_ops, extrude, hull, text). */
-int add_text(char *text);
-int make_convex_hull(void);
-int create_surface(void);
-int vk_extrude_along_path(void);
-int vk_define_path_object(void);
-int execute_surface_filter(char *id);
-int selected_insert_vertex(void);
-int command_new_cube(void);
-int selected_calc_texture_coors(int view);
-int remove_surface(void);
-int rotate_form_selected_objects(int axis);
-int set_selected_surfaces_col_index(int index);
-int set_selected_surface_type(int type);
-int selected_surfaces_bevel(void);
-int selected_surface_change_vertex_order(void);
-int selected_surfaces_create_object(void);
-int flip_selected_surface_normals(void);
-int selected_surfaces_make_hole(void);
-int set_selected_surface_shading(int flag);
-int set_selected_surfaces_twosided(int flag);
-int selected_spike_surfaces(void);
-int spline_selected(void);
-int selected_subdivide_surfaces(void);
-int selected_surface_triangulate(void);
+/* The modelling commands are declared where they are defined:
+ * edit/primitives.h, surface_ops.h, extrude.h, hull.h and text.h. */
 
 /* Model file commands (fileio/vk_commands.cpp). */
 int command_load_vk_object(char *filename);
