@@ -194,7 +194,7 @@ static List *triangulate_with(GLUtesselator *tess, Surface *surface)
         return nullptr;
     }
     OutlineKey key;
-    bool keyed = triangulate_cache_enabled() && outline_key(xyz.data(), (int)surface->num_vertrefs, &key);
+    bool keyed = triangulate_cache_enabled() && outline_key(xyz.data(), (int)(xyz.size() / 3), &key);
     if (keyed) {
         if (const CornerTriangles *known = triangulate_cache_find(key)) return triangles_from_corners(surface, *known);
     }

@@ -131,7 +131,7 @@ proc builtin_command_names {} {
     set f [open [file join $::tests_dir .. src app command_table.cpp] r]
     set text [read $f]
     close $f
-    return [regexp -all -inline -line {^\s*\{"([^"]+)",} $text]
+    return [regexp -all -inline -line {^\s*COMMAND_ROW\("([^"]+)",} $text]
 }
 
 set names {}
