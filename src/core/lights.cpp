@@ -10,7 +10,7 @@ List *lights_list = nullptr;
 Light *new_light_record(void)
 {
     Light *l = (Light *)myalloc(sizeof(Light));
-    l->light_type = 2;
+    l->light_type = LIGHT_POINT;
     const float ambient[4] = {0, 0, 0, 1}, white[4] = {1, 1, 1, 1};
     for (int i = 0; i < 4; i++) {
         l->ambient[i] = ambient[i];

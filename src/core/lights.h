@@ -7,6 +7,13 @@
 
 #include "vesk.h"
 
+/* The kinds of light a Light's light_type holds. */
+enum {
+    LIGHT_INFINITE = 1, /* parallel rays along its direction */
+    LIGHT_POINT = 2,    /* from its centre in every direction */
+    LIGHT_SPOT = 3,     /* from its centre along its direction, in a cone */
+};
+
 extern List *lights_list;
 
 /* A zeroed light record with the light defaults; new_object fills the

@@ -10,7 +10,9 @@
 
 #include "vesk.h"
 
-/* Kind codes (single bits). */
+/* Kind codes.  A record has exactly one kind; the codes are powers of
+ * two as the history has always numbered them, but they are never
+ * combined. */
 enum {
     UNDO_SELECTION = 4,
     UNDO_MOVE = 8,

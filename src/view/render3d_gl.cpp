@@ -106,17 +106,17 @@ static void model_lights(void)
         const float *c = light->object.centre;
         float at[4] = {c[0], c[1], c[2], 1.0f};
         switch (light->light_type) {
-        case 1: {
+        case LIGHT_INFINITE: {
             /* direction followed by spot_exponent: the exponent is the w. */
             float pos[4] = {light->direction[0], light->direction[1], light->direction[2],
                             light->spot_exponent};
             glLightfv(id, GL_POSITION, pos);
             break;
         }
-        case 2:
+        case LIGHT_POINT:
             glLightfv(id, GL_POSITION, at);
             break;
-        case 3:
+        case LIGHT_SPOT:
             glLightfv(id, GL_POSITION, at);
             glLightfv(id, GL_SPOT_DIRECTION, light->direction);
             glLightf(id, GL_SPOT_EXPONENT, light->spot_exponent);
