@@ -165,10 +165,7 @@ static void orth_collect_object(Object *o, int selected, OrthBuild &b)
     for (List *l = o->surfaces; l; l = l->next) {
         const Surface *s = (const Surface *)l->item;
         if (!s->vertrefs) continue;
-        if (s->surface_kind == SURFACE_POLYGON && s->num_vertrefs > 255) {
-            console_printf("surface vertices exceed 255\n");
-            continue;
-        }
+        if (polygon_too_many_corners(s, 0)) continue;
         uint32_t first = ((SVertex *)s->vertrefs->item)->vertex->mark, prev = first;
         for (List *r = s->vertrefs->next; r; r = r->next) {
             uint32_t i = ((SVertex *)r->item)->vertex->mark;
@@ -378,10 +375,7 @@ static void collect_surface_3d(Object *o, Surface *s, Build3d &b)
     unsigned n = s->num_vertrefs;
     int m = prefs.view_3d_mode;
     if (n == 0) return;
-    if (s->surface_kind == SURFACE_POLYGON && n > 255) {
-        console_printf("surface vertices exceed 255\n");
-        return;
-    }
+    if (polygon_too_many_corners(s, 0)) return;
     int is_line_kind = s->surface_kind == SURFACE_LINE;
     if (n == 2 || is_line_kind) {
         push_line_segments(b.lines[s->mat], s, 0);

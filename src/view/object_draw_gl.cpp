@@ -237,10 +237,7 @@ static void draw_object_surfaces(Object *o, int selected, int view)
     for (List *l = o->surfaces; l; l = l->next) {
         const Surface *s = (const Surface *)l->item;
         if (!s->vertrefs) continue;
-        if (s->surface_kind == SURFACE_POLYGON && s->num_vertrefs > 255) {
-            console_printf("surface vertices exceed 255\n");
-            continue;
-        }
+        if (polygon_too_many_corners(s, 0)) continue;
         if (render_state.orth_drawing) draw_surface_outline(s);
         else draw_surface_3d(s, &style, &previous);
     }

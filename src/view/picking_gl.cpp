@@ -97,7 +97,7 @@ static GLuint name_for(void *record)
 static void pick_draw_surface(const Surface *s)
 {
     if (!s->vertrefs) return;
-    if (s->surface_kind == SURFACE_POLYGON && s->num_vertrefs > 255) return;
+    if (polygon_too_many_corners(s, 1)) return;
     if (render_state.orth_drawing) draw_surface_outline(s);
     else draw_surface_direct_3d(s);
 }

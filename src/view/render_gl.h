@@ -74,4 +74,17 @@ void draw_line(int x1, int y1, int x2, int y2);
 void draw_rect(int x, int y, int w, int h);
 void fill_rect(int x, int y, int w, int h);
 
+/* The drawing code leaves out polygons of more corners than this, as the
+ * renderer always has. */
+enum { POLYGON_MAX_CORNERS = 255 };
+
+/* 1 when the surface is a polygon the views do not draw; says so on the
+ * console when quietly is 0. */
+static inline int polygon_too_many_corners(const Surface *s, int quietly)
+{
+    if (s->surface_kind != SURFACE_POLYGON || s->num_vertrefs <= POLYGON_MAX_CORNERS) return 0;
+    if (!quietly) console_printf("surface vertices exceed %d\n", POLYGON_MAX_CORNERS);
+    return 1;
+}
+
 #endif
