@@ -8,16 +8,23 @@
  *              (move, resize, rotate, vertex positions);
  *   re-add     exact copies of the added objects and where they stood
  *              among the world's children (add object, paste);
+ *   in place   an exact copy of the whole model with the items the undo
+ *              removes marked (add surface, insert vertex, objects added
+ *              below a group): redo moves them back into the live model,
+ *              which keeps every other record (model_additions.h);
  *   model      an exact copy of the whole model (everything else).
  *
  * Entries name objects and vertices by position, never by pointer, and a
  * redo first checks that the model still has the shape the entry was
  * taken from; if not, it says so and changes nothing.  Redoing starts an
  * undo record of the entry's kind, so the redone step can be undone again
- * the way the original could; a redone model copy replaces every object,
- * so it starts the history afresh, as a snapshot undo does.
+ * the way the original could.  Only the kinds whose undo wipes the
+ * history (snapshots, tree delete, ungroup) are redone by replacing the
+ * whole model: when such an entry is redone the history is already empty,
+ * since nothing but its own undo can have happened after that wipe.
  */
 #include "edit/redo.h"
+#include "edit/model_additions.h"
 #include "edit/model_state.h"
 #include "edit/object_ops.h"
 #include "edit/selection.h"
@@ -33,7 +40,7 @@
 
 int redo_count = 0;
 
-enum RedoWay { REDO_SELECTION, REDO_GEOMETRY, REDO_READD, REDO_MODEL };
+enum RedoWay { REDO_SELECTION, REDO_GEOMETRY, REDO_READD, REDO_IN_PLACE, REDO_MODEL };
 
 struct ReaddedObject {
     Object *copy;        /* owned by the entry until the redo hands it over */
@@ -52,6 +59,7 @@ struct RedoEntry {
     SelectionState done_selection;
     GeometryState done_geometry;
     std::vector<ReaddedObject> readded;
+    ModelAdditions additions;
     Object *done_model = nullptr;
 };
 
@@ -71,6 +79,7 @@ void redo_discard(RedoEntry *e)
     if (!e) return;
     for (ReaddedObject &r : e->readded) object_free(r.copy);
     if (e->done_model) object_free(e->done_model);
+    additions_free(&e->additions);
     delete e;
 }
 
@@ -147,6 +156,31 @@ static bool capture_readded(const UndoRecord *r, RedoEntry *e)
     return true;
 }
 
+/* The live records the undo of an additive kind removes. */
+static void removed_by_undo(const UndoRecord *r, PointerTable *removed)
+{
+    if (r->kind == UNDO_ADD_SURFACE && r->surface) ptable_set(removed, r->surface, 1);
+    if (r->kind == UNDO_ADDED_VERTICES) {
+        for (List *v = r->added_vertices; v; v = v->next) {
+            if (v->item) ptable_set(removed, v->item, 1);
+        }
+    }
+    std::vector<uint32_t> handles;
+    if (r->kind == UNDO_ADD_OBJECT) handles.push_back(r->added_object_handle);
+    if (r->kind == UNDO_PASTE) {
+        for (uint32_t i = 0; i < r->num_added_object_handles; i++) handles.push_back(r->added_object_handles[i]);
+    }
+    for (uint32_t h : handles) {
+        Object *o = object_from_handle(h);
+        if (o && o != world && object_exists(o)) ptable_set(removed, o, 1);
+    }
+}
+
+static int is_additive_kind(int kind)
+{
+    return kind == UNDO_ADD_SURFACE || kind == UNDO_ADDED_VERTICES || kind == UNDO_ADD_OBJECT || kind == UNDO_PASTE;
+}
+
 RedoEntry *redo_capture(const UndoRecord *r)
 {
     if (!r || !world || !is_known_kind(r->kind)) return nullptr;
@@ -168,18 +202,36 @@ RedoEntry *redo_capture(const UndoRecord *r)
         e->done_geometry = geometry_state_capture();
     } else if ((r->kind == UNDO_ADD_OBJECT || r->kind == UNDO_PASTE) && capture_readded(r, e)) {
         e->way = REDO_READD;
-    } else {
+    } else if (is_additive_kind(r->kind)) {
         for (ReaddedObject &o : e->readded) object_free(o.copy);
         e->readded.clear();
+        PointerTable removed;
+        removed_by_undo(r, &removed);
+        additions_capture(&e->additions, world, removed);
+        e->way = REDO_IN_PLACE;
+    } else {
         e->way = REDO_MODEL;
         e->done_model = copy_object_exact(world);
     }
     return e;
 }
 
+/* An in-place entry whose undo removed more than its marked items (an
+ * emptied object went too, say) falls back to a model copy. */
+static void check_in_place(RedoEntry *e)
+{
+    if (e->way != REDO_IN_PLACE || additions_fit(e->additions, world)) return;
+    debugf("redo %s: the undo removed more than it added - keeping a model copy\n", e->label.c_str());
+    e->done_model = e->additions.done;
+    e->additions.done = nullptr;
+    additions_free(&e->additions);
+    e->way = REDO_MODEL;
+}
+
 void redo_push(RedoEntry *e)
 {
     if (!e) return;
+    check_in_place(e);
     entries.push_back(e);
     /* Never more entries than the history may hold records. */
     size_t limit = prefs.undo_levels < 1 ? 1 : (size_t)prefs.undo_levels;
@@ -205,6 +257,7 @@ static int entry_fits(const RedoEntry *e)
         }
         return 1;
     }
+    case REDO_IN_PLACE: return additions_fit(e->additions, world);
     default: return 1;
     }
 }
@@ -279,9 +332,43 @@ static void redo_readd(RedoEntry *e)
     scan_lights();
 }
 
+static void redo_in_place(RedoEntry *e)
+{
+    start_record(e, e->kind);
+    PutBack back;
+    additions_put_back(&e->additions, world, &back);
+    switch (e->kind) {
+    case UNDO_ADD_SURFACE:
+        set_undo_surface(back.surfaces.empty() ? nullptr : back.surfaces[0]);
+        break;
+    case UNDO_ADDED_VERTICES: {
+        List *added = nullptr, *tail = nullptr;
+        for (Vertex *v : back.vertices) tail = list_add_item_fast(&added, tail, v);
+        set_undo_vertices(added);
+        list_free(&added);
+        break;
+    }
+    default: {
+        if (e->kind == UNDO_ADD_OBJECT && back.objects.size() == 1) {
+            set_undo_object(back.objects[0]);
+            break;
+        }
+        List *added = nullptr, *tail = nullptr;
+        for (Object *o : back.objects) tail = list_add_item_fast(&added, tail, o);
+        set_undo_objectlist(added);
+        list_free(&added);
+        undo_current()->kind = UNDO_PASTE;
+        break;
+    }
+    }
+    scan_lights();
+}
+
 static void redo_model(RedoEntry *e)
 {
-    /* Older records point into the model this replaces. */
+    /* Only the kinds whose undo wiped the history come here, so this
+     * drops nothing; it stays as the guard that no older record can
+     * point into the model this replaces. */
     clear_all_undos();
     int kind = e->kind;
     if (kind != UNDO_SNAPSHOT_128 && kind != UNDO_SNAPSHOT_512 && kind != UNDO_UNGROUP && kind != UNDO_REMOVE_SURFACE)
@@ -317,6 +404,7 @@ int REDO(void)
     case REDO_SELECTION: redo_selection(e); break;
     case REDO_GEOMETRY: redo_geometry(e); break;
     case REDO_READD: redo_readd(e); break;
+    case REDO_IN_PLACE: redo_in_place(e); break;
     case REDO_MODEL: redo_model(e); break;
     }
     edit_mark_changed();
