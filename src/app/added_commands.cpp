@@ -41,6 +41,8 @@ static const Command added_table[] = {
      "place the 3D view's camera so that the selection, or the whole model, fills the view"},
     {"pick_3d", CMDFN(command_pick_3d), 3, "fff", "<x> <y> <0 select, 1 add, 2 remove>",
      "pick what lies under a window point of the 3D view, as Control+click does"},
+    {"pick_3d_query", CMDFN(command_pick_3d_query), 2, "ff", "<x> <y>",
+     "tell what lies under a window point of the 3D view (object, surface, vertex) without selecting it"},
     {"undo_to", CMDFN(command_undo_to), 1, "d", "<step>",
      "undo back to a step of the undo history, counted from 0 at the oldest"},
 };
