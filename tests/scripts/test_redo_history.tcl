@@ -149,6 +149,8 @@ set keeping {
     paste {vesk set_select_mode 0; vesk object_select [box]; vesk clipboard_copy; vesk object_select [flat]}
         {vesk clipboard_paste}
 }
+set labels {selection selection move move "add surface" "add surface" "insert vertex" "insert vertex"
+    "add object" "add cube" resize scale rotate rotate "snap to grid" "snap to grid" paste paste}
 # Steps whose undo wipes the history.
 set wiping {
     "tree delete" {vesk set_select_mode 0; vesk object_select [flat]} {vesk delete}
@@ -172,12 +174,13 @@ foreach {older_name older_step} $older {
         capture_console { uplevel #0 $older_step }
         set after_older [model_print]
         check "$case: the older step changed the model" [expr {$after_older ne $start}] 1
-        capture_console { uplevel #0 $setup }
+        capture_console { vesk clear_selection; uplevel #0 $setup }
         set n1 $undo_count
         capture_console { uplevel #0 $step }
         set done [model_print]
         set n2 $undo_count
         check "$case: the step kept a record" [expr {$n2 > $n1}] 1
+        check "$case: the step's own record" [lindex [vesk undo_history] end] [dict get $labels $name]
         capture_console { vesk undo }
         same "$case: undone" [model_print] $after_older $exact
         capture_console { vesk redo }
