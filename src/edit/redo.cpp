@@ -12,6 +12,10 @@
  *              removes marked (add surface, insert vertex, objects added
  *              below a group): redo moves them back into the live model,
  *              which keeps every other record (model_additions.h);
+ *   tree       how many top-level objects a tree delete took out: its
+ *              undo puts those very objects back at the end of the
+ *              world's children, and redo takes them out again into a
+ *              new tree-delete record (delete in tree mode, cut);
  *   model      an exact copy of the whole model (everything else).
  *
  * Entries name objects and vertices by position, never by pointer, and a
@@ -40,7 +44,7 @@
 
 int redo_count = 0;
 
-enum RedoWay { REDO_SELECTION, REDO_GEOMETRY, REDO_READD, REDO_IN_PLACE, REDO_MODEL };
+enum RedoWay { REDO_SELECTION, REDO_GEOMETRY, REDO_READD, REDO_IN_PLACE, REDO_TREE, REDO_MODEL };
 
 struct ReaddedObject {
     Object *copy;        /* owned by the entry until the redo hands it over */
@@ -60,6 +64,8 @@ struct RedoEntry {
     GeometryState done_geometry;
     std::vector<ReaddedObject> readded;
     ModelAdditions additions;
+    uint32_t removed_trees = 0;   /* objects a tree delete took out */
+    GeometryState undone_geometry;  /* the model just after the tree delete's undo */
     Object *done_model = nullptr;
 };
 
@@ -202,6 +208,9 @@ RedoEntry *redo_capture(const UndoRecord *r)
         e->done_geometry = geometry_state_capture();
     } else if ((r->kind == UNDO_ADD_OBJECT || r->kind == UNDO_PASTE) && capture_readded(r, e)) {
         e->way = REDO_READD;
+    } else if (r->kind == UNDO_DELETE_TREE && r->removed_objects) {
+        e->way = REDO_TREE;
+        e->removed_trees = list_count(r->removed_objects);
     } else if (is_additive_kind(r->kind)) {
         for (ReaddedObject &o : e->readded) object_free(o.copy);
         e->readded.clear();
@@ -232,6 +241,9 @@ void redo_push(RedoEntry *e)
 {
     if (!e) return;
     check_in_place(e);
+    /* The shape the model must still have for a tree delete to be redone
+     * on the same objects. */
+    if (e->way == REDO_TREE) e->undone_geometry = geometry_state_capture();
     entries.push_back(e);
     /* Never more entries than the history may hold records. */
     size_t limit = prefs.undo_levels < 1 ? 1 : (size_t)prefs.undo_levels;
@@ -258,6 +270,8 @@ static int entry_fits(const RedoEntry *e)
         return 1;
     }
     case REDO_IN_PLACE: return additions_fit(e->additions, world);
+    case REDO_TREE:
+        return world->num_kids >= e->removed_trees && geometry_state_fits(e->undone_geometry);
     default: return 1;
     }
 }
@@ -364,6 +378,22 @@ static void redo_in_place(RedoEntry *e)
     scan_lights();
 }
 
+/* The undo appended the objects it put back, in the record's order, to
+ * the world's children: the last ones are they.  They are selected in
+ * tree mode and taken out by the tree delete itself. */
+static void redo_tree(RedoEntry *e)
+{
+    start_record(e, UNDO_DELETE_TREE);
+    clear_selection();
+    selection.select_mode = SELECT_TREE;
+    uint32_t skip = world->num_kids - e->removed_trees;
+    List *k = world->kids;
+    for (uint32_t i = 0; i < skip && k; i++) k = k->next;
+    for (; k; k = k->next) select_object((Object *)k->item);
+    set_undo_delete_selection();
+    clear_selection();
+}
+
 static void redo_model(RedoEntry *e)
 {
     /* Only the kinds whose undo wiped the history come here, so this
@@ -405,6 +435,7 @@ int REDO(void)
     case REDO_GEOMETRY: redo_geometry(e); break;
     case REDO_READD: redo_readd(e); break;
     case REDO_IN_PLACE: redo_in_place(e); break;
+    case REDO_TREE: redo_tree(e); break;
     case REDO_MODEL: redo_model(e); break;
     }
     edit_mark_changed();

@@ -273,6 +273,23 @@ check "chain: all redone" [model_print] [lindex $states end]
 undo_back_to 0
 check "chain: all undone after the redo" [model_print] $start
 
+# --- a redone tree delete takes out the very objects its undo put back,
+# --- and its undo selects them again, as the original's did ---
+reload
+set flat_id [flat]
+capture_console { vesk set_select_mode 0; vesk clear_selection; vesk object_select $flat_id; vesk delete }
+set deleted [model_print]
+capture_console { vesk undo }
+check "tree delete: the undo gives the same object back" [flat] $flat_id
+capture_console { vesk redo }
+check "tree delete: redone" [model_print] $deleted
+check "tree delete: a tree-delete record" [lindex [vesk undo_history] end] delete
+capture_console { vesk undo }
+check "tree delete: undone again, still the same object" [flat] $flat_id
+check "tree delete: and it is selected" [vesk get_selected_objects] $flat_id
+capture_console { vesk redo; vesk undo; vesk redo; vesk undo }
+check "tree delete: back and forth" [list [flat] [vesk get_selected_objects]] [list $flat_id $flat_id]
+
 # --- a new edit clears what could be redone ---
 reload
 capture_console { vesk set_select_mode 2; vesk object_select [flat]; vesk createsurface }

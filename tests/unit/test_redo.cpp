@@ -208,4 +208,23 @@ TEST_F(RedoTest, InPlaceRedoRefusesAChangedModel)
     EXPECT_TRUE(model_consistent());
 }
 
+TEST_F(RedoTest, TreeDeleteRedoRefusesAChangedModel)
+{
+    add_square(world, 0, "a");
+    Object *b = add_square(world, 2, "b");
+    select_object(b);
+    new_undo(UNDO_DELETE_TREE, "delete");
+    ASSERT_EQ(set_undo_delete_selection(), 1);
+    clear_selection();
+    UNDO();
+    EXPECT_EQ(world->num_kids, 2u);
+    /* An object added without a record: the last child is no longer the
+     * one the undo put back. */
+    add_square(world, 4, "c");
+    Captured c = capture([] { EXPECT_EQ(REDO(), 0); });
+    EXPECT_NE(c.out.find("no longer has the shape"), std::string::npos);
+    EXPECT_EQ(world->num_kids, 3u);
+    EXPECT_TRUE(model_consistent());
+}
+
 } // namespace
