@@ -550,13 +550,38 @@ proc ::vesk::ops::drop_files {files} {
     error_box "Drop" "Only VESK model files (.vk) can be dropped here." "Nothing was opened: $names"
 }
 
+# The main window and the view area take dropped files (through Debian's
+# tkdnd where it is installed; without it nothing is registered and
+# nothing is said).  tkdnd looks the drop script up on the very window
+# under the pointer, so each of them has its own binding.
+proc ::vesk::ops::drop_windows {} {
+    set windows [list .]
+    foreach w {.views .views.xyframe.f.win .views.zyframe.f.win .views.xzframe.f.win .views.xyzframe.f.win} {
+        if {[winfo exists $w]} { lappend windows $w }
+    }
+    return $windows
+}
+
 proc ::vesk::ops::enable_drop {} {
+    variable drop_enabled 0
     if {[catch {package require tkdnd}]} { return 0 }
-    if {[catch {
-        tkdnd::drop_target register . DND_Files
-        bind . <<Drop:DND_Files>> {::vesk::ops::drop_files %D; return %A}
-    }]} { return 0 }
-    return 1
+    foreach w [drop_windows] {
+        if {[catch {
+            tkdnd::drop_target register $w DND_Files
+            bind $w <<Drop:DND_Files>> {::vesk::ops::on_drop %D %A}
+        }]} continue
+        set drop_enabled 1
+    }
+    return $drop_enabled
+}
+
+# The bound handler: the drop is over at once (the program the files come
+# from is not kept waiting by a question or a message box), and the files
+# are opened from the event loop just after.  Returns the action, as
+# tkdnd wants.
+proc ::vesk::ops::on_drop {files action} {
+    after idle [list ::vesk::ops::drop_files $files]
+    return $action
 }
 
 # Returns 1 when the model was written.

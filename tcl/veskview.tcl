@@ -190,20 +190,86 @@ proc ::vesk::view::reset_3d {} {
     }
 }
 
-# The 3D view's menu starts with what can be done to the object under the
-# pointer where the menu was opened.
+# The 3D view's menu starts with what can be done to what is under the
+# pointer where it was opened: the core is asked what is there
+# ("pick_3d_query"), which leaves the selection alone, so opening the menu
+# selects nothing.  Over an object: its name and what can be done to it;
+# over empty space: what applies to the whole model.  An entry whose
+# command this build lacks is shown disabled.
 proc ::vesk::view::fill_popup_picks {m} {
-    $m add command -label "Select what is here" -command {::vesk::view::pick_here 0}
-    $m add command -label "Add what is here to the selection" -command {::vesk::view::pick_here 1}
-    $m add command -label "Remove what is here from the selection" -command {::vesk::view::pick_here 2}
-    $m add command -label "Fit the selection" -command {vesk fit_3d}
+    fill_popup_for $m ""
+}
+
+proc ::vesk::view::fill_popup_for {m hit} {
+    variable popup_hit
+    set popup_hit $hit
+    if {$hit eq ""} {
+        popup_entry $m "Paste" clipboard_paste {vesk clipboard_paste}
+        popup_entry $m "Select all" select_all {vesk select_all}
+        popup_entry $m "Clear selection" clear_selection {vesk clear_selection}
+        popup_entry $m "Show hidden objects" unhide {vesk unhide}
+        $m add separator
+        return
+    }
+    set name [dict get $hit name]
+    if {$name eq ""} { set name "Unnamed object" }
+    $m add command -label $name -state disabled
+    popup_entry $m "Select it" pick_3d {::vesk::view::pick_here 0}
+    if {[dict get $hit selected]} {
+        popup_entry $m "Remove it from the selection" pick_3d {::vesk::view::pick_here 2}
+    } else {
+        popup_entry $m "Add it to the selection" pick_3d {::vesk::view::pick_here 1}
+    }
+    popup_entry $m "Fit to it" fit_3d {::vesk::view::on_hit fit_3d}
+    popup_entry $m "Hide" hide_selected {::vesk::view::on_hit hide_selected}
+    popup_entry $m "Delete" delete {::vesk::view::on_hit delete}
+    popup_entry $m "Texture..." load_and_set_new_texture {
+        if {[::vesk::view::select_hit]} {
+            ::vesk::ops::with_open_file "Load and apply a texture" image load_and_set_new_texture
+        }
+    }
     $m add separator
+}
+
+proc ::vesk::view::popup_entry {m label command script} {
+    set state normal
+    if {[catch {vesk command_available $command} ok] || $ok ne "1"} { set state disabled }
+    $m add command -label $label -command $script -state $state
+}
+
+# Makes the object under the pointer the whole selection (its own
+# vertices in vertex mode); 0 when it is gone since the menu opened.
+proc ::vesk::view::select_hit {} {
+    variable popup_hit
+    if {$popup_hit eq ""} { return 0 }
+    set id [dict get $popup_hit object]
+    vesk clear_selection
+    vesk object_select $id
+    return [expr {$::numselectedobjects > 0 || $::numselected > 0}]
+}
+
+proc ::vesk::view::on_hit {command} {
+    if {[select_hit]} { vesk $command }
 }
 
 proc ::vesk::view::pick_here {how} {
     variable popup_at
     if {![info exists popup_at]} { return }
     vesk pick_3d {*}$popup_at $how
+}
+
+# What is under window point x y of the 3D view, as pick_3d_query tells
+# it, or "" for nothing.
+proc ::vesk::view::query_at {x y} {
+    if {[catch {vesk pick_3d_query $x $y} hit]} { return "" }
+    if {[catch {dict exists $hit object} has] || !$has} { return "" }
+    return $hit
+}
+
+proc ::vesk::view::rebuild_popup {m hit} {
+    $m delete 0 end
+    fill_popup_for $m $hit
+    fill_3d_menu $m
 }
 
 proc ::popup_3d_menu {x y} {
@@ -213,6 +279,7 @@ proc ::popup_3d_menu {x y} {
     # A layout change may still be waiting to be laid out.
     update idletasks
     if {![winfo ismapped $win]} { return }
+    ::vesk::view::rebuild_popup .views.popup3d [::vesk::view::query_at $x $y]
     tk_popup .views.popup3d [expr {[winfo rootx $win] + $x}] [expr {[winfo rooty $win] + $y}]
 }
 

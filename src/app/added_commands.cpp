@@ -12,7 +12,6 @@
 #include "fileio/vk_document.h"
 #include "view/camera_fit.h"
 
-
 /* Rows as in the built-in table. */
 static const Command added_table[] = {
     COMMAND_ROW("new_model", command_new_model, 0, nullptr, nullptr,
@@ -41,6 +40,8 @@ static const Command added_table[] = {
      "place the 3D view's camera so that the selection, or the whole model, fills the view"),
     COMMAND_ROW("pick_3d", command_pick_3d, 3, "fff", "<x> <y> <0 select, 1 add, 2 remove>",
      "pick what lies under a window point of the 3D view, as Control+click does"),
+    COMMAND_ROW("pick_3d_query", command_pick_3d_query, 2, "ff", "<x> <y>",
+     "tell what lies under a window point of the 3D view (object, surface, vertex) without selecting it"),
     COMMAND_ROW("undo_to", command_undo_to, 1, "d", "<step>",
      "undo back to a step of the undo history, counted from 0 at the oldest"),
 };

@@ -19,7 +19,7 @@
 enum { MESSAGE_BUFFER = 2048 };
 
 Tcl_Interp *tcl_interp = nullptr;
-FrontEnd frontend = {nullptr, nullptr, nullptr, nullptr, 0};
+FrontEnd frontend = {nullptr, nullptr, nullptr, nullptr, 0, nullptr};
 
 int frontend_window_geometry(int view, int rect[4])
 {
@@ -34,6 +34,12 @@ void frontend_pick(int view, int x, int y, int width, int height, int add, int r
 void frontend_set_cursor(int view, const char *cursor)
 {
     if (frontend.set_cursor) frontend.set_cursor(view, cursor);
+}
+
+int frontend_pick_query(int x, int y, int width, int height, PickHit *hit)
+{
+    *hit = PickHit();
+    return frontend.pick_query ? frontend.pick_query(x, y, width, height, hit) : 0;
 }
 
 void tcl_trace_error(const char *where)

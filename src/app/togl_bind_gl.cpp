@@ -353,6 +353,13 @@ static void pick_in_view(int view, int x, int y, int width, int height, int add,
     else select_orth(x, y, width, height, view, add, remove);
 }
 
+static int query_in_3d(int x, int y, int width, int height, PickHit *hit)
+{
+    if (!slots[3].togl) return 0;
+    Togl_MakeCurrent(slots[3].togl);
+    return query_3d(x, y, width, height, hit);
+}
+
 static void set_view_cursor(int view, const char *cursor)
 {
     if (view < 0 || view >= NUM_VIEWS) return;
@@ -381,6 +388,7 @@ int create_ui(Tcl_Interp *interp)
     texture_gl.make_3d_current = make_3d_current;
     texture_gl.build = texture_build_gl;
     frontend.pick = pick_in_view;
+    frontend.pick_query = query_in_3d;
     frontend.set_cursor = set_view_cursor;
     frontend.window_geometry = window_geometry;
     frontend.request_redisplay = request_view_redisplay;

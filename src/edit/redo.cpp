@@ -8,16 +8,27 @@
  *              (move, resize, rotate, vertex positions);
  *   re-add     exact copies of the added objects and where they stood
  *              among the world's children (add object, paste);
+ *   in place   an exact copy of the whole model with the items the undo
+ *              removes marked (add surface, insert vertex, objects added
+ *              below a group): redo moves them back into the live model,
+ *              which keeps every other record (model_additions.h);
+ *   tree       how many top-level objects a tree delete took out: its
+ *              undo puts those very objects back at the end of the
+ *              world's children, and redo takes them out again into a
+ *              new tree-delete record (delete in tree mode, cut);
  *   model      an exact copy of the whole model (everything else).
  *
  * Entries name objects and vertices by position, never by pointer, and a
  * redo first checks that the model still has the shape the entry was
  * taken from; if not, it says so and changes nothing.  Redoing starts an
  * undo record of the entry's kind, so the redone step can be undone again
- * the way the original could; a redone model copy replaces every object,
- * so it starts the history afresh, as a snapshot undo does.
+ * the way the original could.  Only the kinds whose undo wipes the
+ * history (snapshots, tree delete, ungroup) are redone by replacing the
+ * whole model: when such an entry is redone the history is already empty,
+ * since nothing but its own undo can have happened after that wipe.
  */
 #include "edit/redo.h"
+#include "edit/model_additions.h"
 #include "edit/model_state.h"
 #include "edit/object_ops.h"
 #include "edit/selection.h"
@@ -33,7 +44,7 @@
 
 int redo_count = 0;
 
-enum RedoWay { REDO_SELECTION, REDO_GEOMETRY, REDO_READD, REDO_MODEL };
+enum RedoWay { REDO_SELECTION, REDO_GEOMETRY, REDO_READD, REDO_IN_PLACE, REDO_TREE, REDO_MODEL };
 
 struct ReaddedObject {
     Object *copy;        /* owned by the entry until the redo hands it over */
@@ -52,6 +63,9 @@ struct RedoEntry {
     SelectionState done_selection;
     GeometryState done_geometry;
     std::vector<ReaddedObject> readded;
+    ModelAdditions additions;
+    uint32_t removed_trees = 0;   /* objects a tree delete took out */
+    GeometryState undone_geometry;  /* the model just after the tree delete's undo */
     Object *done_model = nullptr;
 };
 
@@ -71,6 +85,7 @@ void redo_discard(RedoEntry *e)
     if (!e) return;
     for (ReaddedObject &r : e->readded) object_free(r.copy);
     if (e->done_model) object_free(e->done_model);
+    additions_free(&e->additions);
     delete e;
 }
 
@@ -147,6 +162,31 @@ static bool capture_readded(const UndoRecord *r, RedoEntry *e)
     return true;
 }
 
+/* The live records the undo of an additive kind removes. */
+static void removed_by_undo(const UndoRecord *r, PointerTable *removed)
+{
+    if (r->kind == UNDO_ADD_SURFACE && r->surface) ptable_set(removed, r->surface, 1);
+    if (r->kind == UNDO_ADDED_VERTICES) {
+        for (List *v = r->added_vertices; v; v = v->next) {
+            if (v->item) ptable_set(removed, v->item, 1);
+        }
+    }
+    std::vector<uint32_t> handles;
+    if (r->kind == UNDO_ADD_OBJECT) handles.push_back(r->added_object_handle);
+    if (r->kind == UNDO_PASTE) {
+        for (uint32_t i = 0; i < r->num_added_object_handles; i++) handles.push_back(r->added_object_handles[i]);
+    }
+    for (uint32_t h : handles) {
+        Object *o = object_from_handle(h);
+        if (o && o != world && object_exists(o)) ptable_set(removed, o, 1);
+    }
+}
+
+static int is_additive_kind(int kind)
+{
+    return kind == UNDO_ADD_SURFACE || kind == UNDO_ADDED_VERTICES || kind == UNDO_ADD_OBJECT || kind == UNDO_PASTE;
+}
+
 RedoEntry *redo_capture(const UndoRecord *r)
 {
     if (!r || !world || !is_known_kind(r->kind)) return nullptr;
@@ -168,18 +208,42 @@ RedoEntry *redo_capture(const UndoRecord *r)
         e->done_geometry = geometry_state_capture();
     } else if ((r->kind == UNDO_ADD_OBJECT || r->kind == UNDO_PASTE) && capture_readded(r, e)) {
         e->way = REDO_READD;
-    } else {
+    } else if (r->kind == UNDO_DELETE_TREE && r->removed_objects) {
+        e->way = REDO_TREE;
+        e->removed_trees = list_count(r->removed_objects);
+    } else if (is_additive_kind(r->kind)) {
         for (ReaddedObject &o : e->readded) object_free(o.copy);
         e->readded.clear();
+        PointerTable removed;
+        removed_by_undo(r, &removed);
+        additions_capture(&e->additions, world, removed);
+        e->way = REDO_IN_PLACE;
+    } else {
         e->way = REDO_MODEL;
         e->done_model = copy_object_exact(world);
     }
     return e;
 }
 
+/* An in-place entry whose undo removed more than its marked items (an
+ * emptied object went too, say) falls back to a model copy. */
+static void check_in_place(RedoEntry *e)
+{
+    if (e->way != REDO_IN_PLACE || additions_fit(e->additions, world)) return;
+    debugf("redo %s: the undo removed more than it added - keeping a model copy\n", e->label.c_str());
+    e->done_model = e->additions.done;
+    e->additions.done = nullptr;
+    additions_free(&e->additions);
+    e->way = REDO_MODEL;
+}
+
 void redo_push(RedoEntry *e)
 {
     if (!e) return;
+    check_in_place(e);
+    /* The shape the model must still have for a tree delete to be redone
+     * on the same objects. */
+    if (e->way == REDO_TREE) e->undone_geometry = geometry_state_capture();
     entries.push_back(e);
     /* Never more entries than the history may hold records. */
     size_t limit = prefs.undo_levels < 1 ? 1 : (size_t)prefs.undo_levels;
@@ -205,6 +269,9 @@ static int entry_fits(const RedoEntry *e)
         }
         return 1;
     }
+    case REDO_IN_PLACE: return additions_fit(e->additions, world);
+    case REDO_TREE:
+        return world->num_kids >= e->removed_trees && geometry_state_fits(e->undone_geometry);
     default: return 1;
     }
 }
@@ -279,9 +346,59 @@ static void redo_readd(RedoEntry *e)
     scan_lights();
 }
 
+static void redo_in_place(RedoEntry *e)
+{
+    start_record(e, e->kind);
+    PutBack back;
+    additions_put_back(&e->additions, world, &back);
+    switch (e->kind) {
+    case UNDO_ADD_SURFACE:
+        set_undo_surface(back.surfaces.empty() ? nullptr : back.surfaces[0]);
+        break;
+    case UNDO_ADDED_VERTICES: {
+        List *added = nullptr, *tail = nullptr;
+        for (Vertex *v : back.vertices) tail = list_add_item_fast(&added, tail, v);
+        set_undo_vertices(added);
+        list_free(&added);
+        break;
+    }
+    default: {
+        if (e->kind == UNDO_ADD_OBJECT && back.objects.size() == 1) {
+            set_undo_object(back.objects[0]);
+            break;
+        }
+        List *added = nullptr, *tail = nullptr;
+        for (Object *o : back.objects) tail = list_add_item_fast(&added, tail, o);
+        set_undo_objectlist(added);
+        list_free(&added);
+        undo_current()->kind = UNDO_PASTE;
+        break;
+    }
+    }
+    scan_lights();
+}
+
+/* The undo appended the objects it put back, in the record's order, to
+ * the world's children: the last ones are they.  They are selected in
+ * tree mode and taken out by the tree delete itself. */
+static void redo_tree(RedoEntry *e)
+{
+    start_record(e, UNDO_DELETE_TREE);
+    clear_selection();
+    selection.select_mode = SELECT_TREE;
+    uint32_t skip = world->num_kids - e->removed_trees;
+    List *k = world->kids;
+    for (uint32_t i = 0; i < skip && k; i++) k = k->next;
+    for (; k; k = k->next) select_object((Object *)k->item);
+    set_undo_delete_selection();
+    clear_selection();
+}
+
 static void redo_model(RedoEntry *e)
 {
-    /* Older records point into the model this replaces. */
+    /* Only the kinds whose undo wiped the history come here, so this
+     * drops nothing; it stays as the guard that no older record can
+     * point into the model this replaces. */
     clear_all_undos();
     int kind = e->kind;
     if (kind != UNDO_SNAPSHOT_128 && kind != UNDO_SNAPSHOT_512 && kind != UNDO_UNGROUP && kind != UNDO_REMOVE_SURFACE)
@@ -317,6 +434,8 @@ int REDO(void)
     case REDO_SELECTION: redo_selection(e); break;
     case REDO_GEOMETRY: redo_geometry(e); break;
     case REDO_READD: redo_readd(e); break;
+    case REDO_IN_PLACE: redo_in_place(e); break;
+    case REDO_TREE: redo_tree(e); break;
     case REDO_MODEL: redo_model(e); break;
     }
     edit_mark_changed();

@@ -16,5 +16,10 @@ void fit_3d_view_resized(void);
  * 3D view, as Control+click does; how 0 selects it, 1 adds it to the
  * selection, 2 removes it (view_commands.cpp). */
 int command_pick_3d(float x, float y, float how);
+/* Command "pick_3d_query x y": what lies under a window point of the 3D
+ * view, as "object ID name NAME surface I vertex J selected 0|1" (I and J
+ * count in the object's lists, -1 for none), or "" over nothing.  The
+ * selection is left alone. */
+int command_pick_3d_query(float x, float y);
 
 #endif

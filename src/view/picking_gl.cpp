@@ -6,6 +6,10 @@
  * the records drawn in this pick, so they are 32-bit on any machine and
  * map back only to records that exist.
  *
+ * A query (query_3d) draws the same way with every surface under its own
+ * name and reports the nearest object, surface and vertex without
+ * touching the selection: the 3D view's menu is built from it.
+ *
  * Only what picking needs is drawn: no lighting, materials or vertex
  * markers, and nothing whose projected bounds lie wholly outside the
  * pick region (it could not be hit, so the hits are unchanged).
@@ -24,6 +28,8 @@
 static GLuint *select_buffer = nullptr;
 static int select_buffer_size = 64;
 static std::vector<void *> pick_names;   /* name i + 1 stands for entry i */
+static std::vector<Object *> pick_owners; /* the object drawn under each name */
+static int naming_surfaces = 0;           /* a query: every surface has a name */
 static GLfloat clip_matrix[16];           /* projection x modelview */
 
 /* ---- culling against the pick region ---- */
@@ -88,9 +94,10 @@ static int surface_outside(const Surface *s)
 
 /* ---- the pick drawing ---- */
 
-static GLuint name_for(void *record)
+static GLuint name_for(void *record, Object *owner)
 {
     pick_names.push_back(record);
+    pick_owners.push_back(owner);
     return (GLuint)pick_names.size();
 }
 
@@ -106,12 +113,12 @@ static void pick_walk(Object *o, int view)
 {
     int draw = render_state.orth_drawing ? o->visible : !(prefs.hide_objects_in_3d && !o->visible);
     if (draw && o->vertices && object_codes(o) == 0) {
-        int vertex_mode = selection.select_mode == SELECT_VERTEX;
-        if (!vertex_mode) glLoadName(name_for(o));
+        int by_surface = naming_surfaces || selection.select_mode == SELECT_VERTEX;
+        if (!by_surface) glLoadName(name_for(o, o));
         for (List *l = o->surfaces; l; l = l->next) {
             Surface *s = (Surface *)l->item;
             if (surface_outside(s)) continue;
-            if (vertex_mode) glLoadName(name_for(s));
+            if (by_surface) glLoadName(name_for(s, o));
             pick_draw_surface(s);
         }
     }
@@ -134,6 +141,7 @@ static void pick_draw(int view, int width, int height)
     }
     load_clip_matrix();
     pick_names.clear();
+    pick_owners.clear();
     if (world) pick_walk(world, view);
     render_state.orth_drawing = 0;
 }
@@ -246,4 +254,71 @@ void select_orth(int x, int y, int width, int height, int view, int add, int rem
 {
     debugf("select_orth %d %d %d %d\n", x, y, width, height);
     select_in_view(view, x, y, width, height, add, remove);
+}
+
+/* ---- asking what is under the pointer ---- */
+
+/* The name of the nearest hit (the rules of process_hits), or 0. */
+static GLuint nearest_name(int hits)
+{
+    GLuint nearest = 0, best = 0;
+    GLuint *p = select_buffer;
+    for (int h = 0; h < hits; h++) {
+        GLuint n = *p++, z1 = *p++;
+        p++;
+        for (GLuint i = 0; i < n; i++, p++) {
+            if (!record_of(*p)) continue;
+            if (h == 0 || z1 <= best) {
+                best = z1;
+                nearest = *p;
+            }
+        }
+    }
+    return nearest;
+}
+
+/* The vertex of the surface nearest the centre of the pick region, among
+ * those inside it: through the pick matrix the region is the square from
+ * -1 to 1. */
+static int vertex_under(Object *o, const Surface *s)
+{
+    const GLfloat *m = clip_matrix;
+    const Vertex *best = nullptr;
+    float best_d = 0;
+    for (List *r = s->vertrefs; r; r = r->next) {
+        const Vertex *v = ((SVertex *)r->item)->vertex;
+        float c[4];
+        for (int i = 0; i < 4; i++) c[i] = m[i] * v->point[0] + m[4 + i] * v->point[1] + m[8 + i] * v->point[2] + m[12 + i];
+        if (c[3] <= 0) continue;
+        float x = c[0] / c[3], y = c[1] / c[3];
+        if (x < -1 || x > 1 || y < -1 || y > 1) continue;
+        float d = x * x + y * y;
+        if (!best || d < best_d) best = v, best_d = d;
+    }
+    if (!best) return -1;
+    int i = 0;
+    for (List *v = o->vertices; v; v = v->next, i++) {
+        if (v->item == best) return i;
+    }
+    return -1;
+}
+
+int query_3d(int x, int y, int width, int height, PickHit *hit)
+{
+    *hit = PickHit();
+    int win_w = views[3].width, win_h = views[3].height;
+    if (win_w < 1 || win_h < 1) return 0;
+    naming_surfaces = 1;
+    int hits = pick_hits(3, x, y, width < 1 ? 1 : width, height < 1 ? 1 : height, win_w, win_h);
+    naming_surfaces = 0;
+    GLuint name = nearest_name(hits);
+    if (!name) return 0;
+    Object *o = pick_owners[name - 1];
+    Surface *s = (Surface *)pick_names[name - 1];
+    hit->object = o;
+    hit->surface = s;
+    unsigned int at = list_index(o->surfaces, s);
+    hit->surface_index = at == LIST_NOT_FOUND ? -1 : (int)at;
+    hit->vertex_index = vertex_under(o, s);
+    return 1;
 }

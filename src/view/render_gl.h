@@ -7,6 +7,7 @@
 #define VESK_VIEW_RENDER_GL_H
 
 #include "vesk.h"
+#include "app/frontend.h"
 
 #include <GL/gl.h>
 
@@ -55,6 +56,9 @@ void orth_model_projection(int view, int width, int height);
  * hit. */
 void select_3d(int x, int y, int width, int height, int add, int remove);
 void select_orth(int x, int y, int width, int height, int view, int add, int remove);
+/* What the nearest hit under a region of the 3D view is (object, surface,
+ * vertex), leaving the selection alone; 0 when nothing is there. */
+int query_3d(int x, int y, int width, int height, PickHit *hit);
 
 void init_3d_gl(int width, int height);
 void setup_projection_3d(int width, int height);

@@ -16,6 +16,7 @@
 #include "view/view_state.h"
 
 #include <cmath>
+#include <string>
 
 int command_do_perspective(void)
 {
@@ -90,11 +91,15 @@ int about_menu(void)
     return 1;
 }
 
+static int finite_position(float x, float y)
+{
+    return std::isfinite(x) && std::isfinite(y) && std::fabs(x) <= 1e6f && std::fabs(y) <= 1e6f;
+}
+
 /* The dispatcher's templates have three floats, not three integers. */
 int command_pick_3d(float fx, float fy, float fhow)
 {
-    if (!std::isfinite(fx) || !std::isfinite(fy) || !std::isfinite(fhow) || std::fabs(fx) > 1e6f ||
-        std::fabs(fy) > 1e6f || std::fabs(fhow) > 1e6f) {
+    if (!finite_position(fx, fy) || !std::isfinite(fhow) || std::fabs(fhow) > 1e6f) {
         display_message("pick_3d: the numbers must be finite window positions");
         return 0;
     }
@@ -114,5 +119,41 @@ int command_pick_3d(float fx, float fy, float fhow)
     int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
     frontend_pick(3, x, y, range, range, how == 1, how == 2);
     display_status();
+    return 1;
+}
+
+/* A name as one element of a Tcl list: braces and backslashes would
+ * break the list the scripts read, so they show as '?'. */
+static std::string list_word(const char *name)
+{
+    std::string word = name ? name : "";
+    for (char &c : word) {
+        if (c == '{' || c == '}' || c == '\\') c = '?';
+    }
+    return "{" + word + "}";
+}
+
+int command_pick_3d_query(float fx, float fy)
+{
+    command_result_set("");
+    if (!finite_position(fx, fy)) {
+        display_message("pick_3d_query: the numbers must be finite window positions");
+        return 0;
+    }
+    if (!frontend.pick_query) {
+        display_message("pick_3d_query: there is no 3D view to pick in");
+        return 0;
+    }
+    int x = (int)fx, y = (int)fy;
+    if (x < 0 || y < 0 || x >= views[3].width || y >= views[3].height) {
+        display_message("pick_3d_query: %d %d lies outside the 3D view", x, y);
+        return 0;
+    }
+    int range = prefs.pick_pixel_range > 0 ? prefs.pick_pixel_range : 1;
+    PickHit hit;
+    if (!frontend_pick_query(x, y, range, range, &hit) || !hit.object) return 1;
+    command_result_appendf("object %u name %s surface %d vertex %d selected %d", object_handle(hit.object),
+                           list_word(hit.object->name).c_str(), hit.surface_index, hit.vertex_index,
+                           object_is_selected(hit.object) ? 1 : 0);
     return 1;
 }

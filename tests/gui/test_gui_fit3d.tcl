@@ -112,9 +112,9 @@ proc popup_choose {label} {
     after 300
     remote {update}
 }
-popup_choose "Select what is here"
+popup_choose "Select it"
 check "the menu's Select picks the object under the pointer" [remote {vesk get_selected_objects}] $first
-popup_choose "Remove what is here from the selection"
+popup_choose "Remove it from the selection"
 check "the menu's Remove takes it out again" [remote {vesk get_selected_objects}] ""
 check_match_bad [remote {vesk pick_3d -5 10 0; set ::vesk::main::message}] "pick_3d: -5 10 lies outside the 3D view"
 check_match_bad [remote {vesk pick_3d 5 10 7; set ::vesk::main::message}] "pick_3d: the third number is 0 (select), 1 (add) or 2 (remove), not 7"

@@ -16,7 +16,7 @@ set listing [vesk list]
 set lines [split [string trimright $listing "\n"] "\n"]
 # The added commands come first, then the 142 rows of the built-in table.
 set added [list new_model open_vk merge_vk revert_vk open_backup_vk autosave_now recovery_files \
-               recover_file discard_recovery_file redo undo_history command_available fit_3d pick_3d undo_to]
+               recover_file discard_recovery_file redo undo_history command_available fit_3d pick_3d pick_3d_query undo_to]
 check "list has the added commands and every built-in" [llength $lines] [expr {[llength $added] + 142}]
 check "added commands first" [lmap line [lrange $lines 0 [llength $added]-1] {lindex $line 0}] $added
 set builtins [lrange $lines [llength $added] end]
