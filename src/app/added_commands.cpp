@@ -7,6 +7,7 @@
 #include "app/added_commands.h"
 #include "app/autosave.h"
 #include "app/commands.h"
+#include "app/plugins.h"
 #include "edit/redo.h"
 #include "fileio/vk_document.h"
 #include "view/camera_fit.h"
@@ -43,6 +44,8 @@ static const Command added_table[] = {
      "pick what lies under a window point of the 3D view, as Control+click does"},
     {"undo_to", CMDFN(command_undo_to), 1, "d", "<step>",
      "undo back to a step of the undo history, counted from 0 at the oldest"},
+    {"plugin_load_all", CMDFN(command_plugin_load_all), 0, nullptr, nullptr,
+     "load every plug-in of the plug-in directories, each in name order; the number tried"},
 };
 
 void register_added_commands(void)

@@ -106,8 +106,6 @@ int clipboard_count(void);
 int add_text(char *text);
 int make_convex_hull(void);
 int create_surface(void);
-int vk_extrude_along_path(void);
-int vk_define_path_object(void);
 int execute_surface_filter(char *id);
 int selected_insert_vertex(void);
 int command_new_cube(void);
