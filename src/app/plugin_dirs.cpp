@@ -115,6 +115,7 @@ std::vector<std::string> plugin_files_in(const std::vector<std::string> &dirs)
 int plugins_load_all(void)
 {
     std::vector<std::string> files = plugin_files();
+    plugin_reports_to_console(1);
     for (const std::string &file : files) {
         debugf("loading plugin %s\n", file.c_str());
         if (has_suffix(file, ".tcl")) {
@@ -123,6 +124,7 @@ int plugins_load_all(void)
             plugin_load_library(file.c_str());
         }
     }
+    plugin_reports_to_console(0);
     return (int)files.size();
 }
 

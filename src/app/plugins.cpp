@@ -36,6 +36,9 @@ struct PluginInit {
 
 /* The plug-in whose init is running (nested loads restore the outer). */
 static const char *starting_plugin = nullptr;
+/* While the plug-in directories load at start-up the reports also go to
+ * the console: the status line keeps only the last of them. */
+static int reports_to_console = 0;
 /* Libraries whose init has been called, so that a second load of the
  * same library does not register everything twice. */
 static std::vector<void *> started_libraries;
@@ -47,9 +50,11 @@ void plugin_report(const char *format, ...)
     va_start(ap, format);
     vsnprintf(text, sizeof text, format, ap);
     va_end(ap);
-    console_printf("%s\n", text);
+    if (reports_to_console) console_printf("%s\n", text);
     display_message("%s", text);
 }
+
+void plugin_reports_to_console(int on) { reports_to_console = on; }
 
 const char *plugin_being_started(void) { return starting_plugin; }
 
@@ -58,10 +63,14 @@ void plugin_check_command_name(const char *name)
     if (!starting_plugin || !name) return;
     Command *c = find_command(name);
     if (!c) return;
-    /* The new command still goes in, in front: a plug-in may mean to
-     * hide a command, but the user should know that one was hidden. */
-    plugin_report("plugin %s: the command name '%s' is already taken; the plug-in's command hides the earlier one",
-                  starting_plugin, name);
+    /* The new command still goes in: added commands are found before the
+     * built-in ones, in the order they were added.  So it hides a
+     * built-in command (a plug-in may mean that) and is itself hidden by
+     * an earlier added one; either way the user should know. */
+    int builtin = c >= builtin_commands && c < builtin_commands + num_builtin_commands;
+    plugin_report("plugin %s: the command name '%s' is already taken; %s", starting_plugin, name,
+                  builtin ? "the plug-in's command hides the built-in one"
+                          : "the command added first keeps the name");
 }
 
 static void run_plugin_init(void *context)
@@ -97,7 +106,7 @@ static int start_library(void *library, const char *filename, plugin_init_functi
     int ran = run_guarded(run_plugin_init, &p, &fault);
     starting_plugin = outer;
     if (!ran) {
-        console_printf("plugin %s crashed while starting (signal %d)\n", filename, fault);
+        if (reports_to_console) console_printf("plugin %s crashed while starting (signal %d)\n", filename, fault);
         windows_message_dialog("The plugin %s crashed while starting (signal %d).", filename, fault);
         return 0;
     }

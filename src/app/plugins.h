@@ -22,8 +22,10 @@ const char *plugin_being_started(void);
 /* Called by the command registry before it adds a command: while a
  * plug-in starts, a name that is already taken is reported. */
 void plugin_check_command_name(const char *name);
-/* Reports a plug-in problem on the console and the status line. */
+/* Reports a plug-in problem on the status line (and on the console while
+ * reports_to_console is on). */
 void plugin_report(const char *format, ...) VK_PRINTF(1, 2);
+void plugin_reports_to_console(int on);
 
 /* The directories searched at start-up, in order: the plug-in directory
  * preference (a leading $VESK_HOME expanded), the installed plug-in
