@@ -668,6 +668,7 @@ foreach {command pattern} {
 check_match "safe: vesk execute refused" [socket_ask $client {vesk execute {rm -rf /tmp/x}}] \
     "error: \"execute\" is refused over the scripting socket*"
 check_match "safe: vesk plugin_load refused" [socket_ask $client {vesk plugin_load /tmp/x.so}] "error: *refused*"
+check_match "safe: vesk plugin_load_all refused" [socket_ask $client {vesk plugin_load_all}] "error: *refused*"
 check "safe: neither reached the core" [expr {[::mock::called execute*] || [::mock::called plugin_load*]}] 0
 check "safe: globals of the program out of reach" [socket_ask $client {info exists ::vesk::ops::socket_token}] 0
 set ::vesk::ops::socket_time_limit 1
