@@ -440,7 +440,9 @@ void select_object(Object *object);
 int redraw_all(void);
 
 /* Plug-ins: a plug-in library exports int vesk_plugin_init(void), called
- * once after "plugin_load" loads it.  Menu entries and file dialogs go
+ * once after the library is loaded (at start-up from the plug-in
+ * directories, or by "plugin_load"); it registers what the plug-in adds
+ * and returns nonzero on success.  Menu entries and file dialogs go
  * through the user-interface scripts.  A filter array holds pairs of
  * texts (description, pattern) ended by a null description. */
 const char *vk_add_menu_item(const char *menu, const char *label, const char *command);

@@ -125,8 +125,12 @@ int plugin_load_library(const char *filename)
     }
     std::string path = library_path(filename);
     struct stat st;
-    if (stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
+    if (stat(path.c_str(), &st) != 0) {
         plugin_report("can't load plugin %s: no such file", filename);
+        return 0;
+    }
+    if (!S_ISREG(st.st_mode)) {
+        plugin_report("can't load plugin %s: not a file", filename);
         return 0;
     }
     void *library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -3,7 +3,8 @@
  *   BAD_NO_ENTRY  exports no vesk_plugin_init;
  *   BAD_FAILS     its init returns 0;
  *   BAD_FAULTS    its init faults;
- *   BAD_TAKEN     registers the same command name twice.
+ *   BAD_TAKEN     registers the same command name twice;
+ *   BAD_HIDES     registers the name of a built-in command.
  * Each notes its start in the Tcl list ::plugin_order, so that the tests
  * see the order in which plug-ins are loaded.
  */
@@ -41,6 +42,9 @@ int vesk_plugin_init(void)
 #elif defined(BAD_TAKEN)
     vk_add_command("bad_taken", (vk_command_function)first_version);
     vk_add_command("bad_taken", (vk_command_function)second_version);
+    return 1;
+#elif defined(BAD_HIDES)
+    vk_add_command("zoom_out", (vk_command_function)second_version);
     return 1;
 #else
     return 1;

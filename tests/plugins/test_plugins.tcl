@@ -151,6 +151,7 @@ check_true "the program goes on: the model" [string is integer -strict [vesk get
 proc load_report {file} { capture_all { vesk plugin_load $file } }
 check "a missing file" [load_report [file join $::scratch none.so]] \
     "can't load plugin [file join $::scratch none.so]: no such file\n"
+check "a directory" [load_report $::scratch] "can't load plugin $::scratch: not a file\n"
 write_file [file join $::scratch text.so] "this is not a library\n"
 check_match "a text file named .so" [load_report [file join $::scratch text.so]] \
     "can't load plugin [file join $::scratch text.so]: *"
@@ -202,6 +203,11 @@ check "model intact after all that" [dump [vesk get_world]] $model_before
 # The $VESK_HOME form of the preference.
 set ::prefs_plugin_dir {$VESK_HOME/none}
 check_true "a missing plug-in directory is no failure" [string is integer -strict [vesk plugin_load_all]]
+
+# A plug-in's command of a built-in command's name hides the built-in.
+check "a built-in command's name" [load_report [file join $bad_dir bad_plugin_hides.so]] \
+    "plugin [file join $bad_dir bad_plugin_hides.so]: the command name 'zoom_out' is already taken; the plug-in's command hides the built-in one\n"
+check "the plug-in's command answers" [vesk zoom_out] "second"
 
 # ---- the preference getters' messages, as a plug-in sees them ----
 
