@@ -86,6 +86,74 @@ check_true "the bent quadrilateral has the marking colour" [expr {[lindex $after
 capture_console { vesk undo }
 check "undo takes the marking back" [materials] $before
 
+# Its edge cases: a corner off the plane by far less than the tolerance,
+# a polygon with no area, a closed line and a triangle stay as they are;
+# a bent pentagon is marked.
+capture_all { vesk new_model }
+set edges [file join $::scratch edges.vk]
+write_file $edges {VESKb
+OBJECT world
+kids 1
+OBJECT poly
+name "edges"
+numvert 14
+0 0 0
+1 0 0
+1 1 0.000001
+0 1 0
+0 0 1
+1 0 1
+2 0 1
+3 0 1
+0 0 2
+1 0 2
+1 1 2.5
+0 1 2
+0 2 2
+0.5 3 3
+numsurf 5
+SURF 0
+refs 4
+0 0 0
+1 0 0
+2 0 0
+3 0 0
+SURF 0
+refs 4
+4 0 0
+5 0 0
+6 0 0
+7 0 0
+SURF 1
+refs 4
+8 0 0
+9 0 0
+10 0 0
+11 0 0
+SURF 0
+refs 3
+8 0 0
+9 0 0
+10 0 0
+SURF 0
+refs 5
+8 0 0
+9 0 0
+10 0 0
+12 0 0
+13 0 0
+kids 0
+}
+capture_console { vesk load_vk $edges }
+set unmarked [materials]
+vesk select_all
+capture_console { vesk execute_surface_filter surface_filter_1 }
+set marked [materials]
+check "only the bent pentagon is marked" [lrange $marked 0 3] [lrange $unmarked 0 3]
+check_true "the bent pentagon is" [expr {[lindex $marked 4] != [lindex $unmarked 4]}]
+capture_all { vesk new_model }
+capture_console { vesk load_vk $model }
+
 # ---- the SDK plug-in ----
 
 check "SDK plug-in loads" [capture_all { set ::ok [vesk plugin_load $sdk_plugin] }] ""
