@@ -198,8 +198,8 @@ check "model intact after the command's fault" [dump [vesk get_world]] $model_be
 vesk sdk_arm_filter_fault 1
 vesk select_all
 set text [capture_all { eval [lindex $entry 2] }]
-check_match "a fault in a surface filter is reported" $text \
-    "*Exception occured whilst executing internal command 'execute_surface_filter'*Exception code 11*"
+check "a fault in a surface filter is reported" $text \
+    "SDK reverse...\nThe surface filter 'SDK reverse' crashed (signal 11) and was stopped.\nUndo takes back what it changed.\n"
 check "model intact after the filter's fault" [dump [vesk get_world]] $model_before
 vesk sdk_arm_filter_fault 0
 vesk clear_selection
@@ -207,7 +207,7 @@ vesk clear_selection
 write_file [file join $::scratch crash.sdkimg] "crash\n"
 set text [capture_all { vesk add_new_texture [file join $::scratch crash.sdkimg] }]
 check_match "a fault in a texture loader is reported" $text \
-    "*Exception occured whilst executing internal command 'add_new_texture'*Exception code 11*"
+    "*The texture loader for .sdkimg files crashed reading [file join $::scratch crash.sdkimg] (signal 11).\n*"
 check "model intact after the loader's fault" [dump [vesk get_world]] $model_before
 check "the program goes on: its command" [vesk sdk_echo again 1] "again:2"
 check "the program goes on: a texture" [capture_console { set ::tex3 [vesk add_new_texture $image] }] ""
