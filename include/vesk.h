@@ -198,6 +198,13 @@ void object_delete_surface_and_points(Object *object, Surface *surface);
 void surface_free(Surface *surface);
 
 Object *vk_get_world(void);
+/* What an object holds: stores its vertex list (Vertex), surface list
+ * (Surface) and child list (Object) through the pointers that are not
+ * NULL, and returns the number of entries in the three lists together.
+ * A NULL object stores empty lists and returns 0.  The lists belong to
+ * the object: read them, don't free them. */
+unsigned int vk_object_get_contents(Object *object, List **vertices, List **surfaces,
+                                    List **children);
 const char *vk_object_get_name(Object *object);
 List *vk_object_get_childrenlist(Object *object);
 List *vk_object_get_vertexlist(Object *object);
@@ -408,8 +415,34 @@ int vk_get_selection(List **vertices, List **objects);
 int rotate_selection_f(float rx, float ry, float rz);
 int rotate_selection_about_f(float rx, float ry, float rz, float x, float y, float z);
 
+/* Paths: "define_extrude_path" makes the current object (one holding a
+ * single line surface) the path, 1 on success; "extrude_along_path"
+ * extrudes the current object along it. */
+int vk_define_path_object(void);
+int vk_extrude_along_path(void);
+
+/* The light objects (Light records) the 3D view lights the model with,
+ * as found at the last scan of the model; the list belongs to the core. */
+List *vk_get_lights_list(void);
+
+/* The viewer of the 3D view: 1 in walk mode, 0 in spin mode; the spin
+ * mode's turn of the model (degrees about x, y, z) set or added to; its
+ * zoom multiplied or divided by a factor. */
+int vk_person_is_walk_vehicle(void);
+void vk_person_set_rotation(const float angles[3]);
+void vk_person_add_rotation(const float angles[3]);
+void vk_person_scale_mult(float factor);
+void vk_person_scale_div(float factor);
+
+/* Ordinary functions that plug-ins commonly call: select an object as a
+ * click would, and redraw every view. */
+void select_object(Object *object);
+int redraw_all(void);
+
 /* Plug-ins: a plug-in library exports int vesk_plugin_init(void), called
- * once after "plugin_load" loads it.  Menu entries and file dialogs go
+ * once after the library is loaded (at start-up from the plug-in
+ * directories, or by "plugin_load"); it registers what the plug-in adds
+ * and returns nonzero on success.  Menu entries and file dialogs go
  * through the user-interface scripts.  A filter array holds pairs of
  * texts (description, pattern) ended by a null description. */
 const char *vk_add_menu_item(const char *menu, const char *label, const char *command);

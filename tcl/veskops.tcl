@@ -1053,8 +1053,8 @@ proc ::vesk::ops::console_recall {step} {
 # that looks like HTTP closes the connection at once, so a web page can't
 # reach the socket.  Commands run in a safe interpreter that has `vesk`
 # and harmless Tcl only (no exec, open, socket, file, load, source or
-# exit), and there "vesk execute" and "vesk plugin_load" are refused,
-# unless the user chose full access.
+# exit), and there "vesk execute", "vesk plugin_load" and "vesk
+# plugin_load_all" are refused, unless the user chose full access.
 
 # The directory of the user's VESK files (the preferences file's).
 proc ::vesk::ops::user_dir {} {
@@ -1100,7 +1100,7 @@ proc ::vesk::ops::safe_interp {} {
 proc ::vesk::ops::socket_vesk {args} {
     variable socket_full_access
     set name [lindex $args 0]
-    if {!$socket_full_access && $name in {execute plugin_load}} {
+    if {!$socket_full_access && $name in {execute plugin_load plugin_load_all}} {
         return -code error "\"$name\" is refused over the scripting socket: it runs other programs or code.\
             Allow full access in Tools > Scripting socket settings to use it."
     }

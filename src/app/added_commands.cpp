@@ -8,6 +8,7 @@
 #include "app/autosave.h"
 #include "app/commands.h"
 #include "app/command_row.h"
+#include "app/plugins.h"
 #include "edit/redo.h"
 #include "fileio/vk_document.h"
 #include "view/camera_fit.h"
@@ -44,6 +45,8 @@ static const Command added_table[] = {
      "tell what lies under a window point of the 3D view (object, surface, vertex) without selecting it"),
     COMMAND_ROW("undo_to", command_undo_to, 1, "d", "<step>",
      "undo back to a step of the undo history, counted from 0 at the oldest"),
+    COMMAND_ROW("plugin_load_all", command_plugin_load_all, 0, nullptr, nullptr,
+     "load every plug-in of the plug-in directories, each in name order; the number tried"),
 };
 
 void register_added_commands(void)

@@ -5,6 +5,7 @@
  * textual answer of a command is left in the result buffer.
  */
 #include "app/commands.h"
+#include "app/plugins.h"
 #include "edit/model_check.h"
 #include "app/shared_state.h"
 #include "view/redraw.h"
@@ -116,6 +117,7 @@ void vk_add_command(const char *name, vk_command_function function)
         console_printf("vk_add_command: a command needs a name and a function\n");
         return;
     }
+    plugin_check_command_name(name);
     list_add_item(&added_commands, new_command_record(name, function, 0, nullptr, nullptr, "user command"));
 }
 
@@ -126,6 +128,7 @@ List *vk_add_command_full(const char *name, vk_command_function function, int nu
         console_printf("vk_add_command_full: a command needs a name and a function\n");
         return nullptr;
     }
+    plugin_check_command_name(name);
     return list_add_item(&added_commands,
                          new_command_record(name, function, numargs, template_, usage, description));
 }

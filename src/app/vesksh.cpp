@@ -4,9 +4,11 @@
  * with argv as tclsh sets it and exits with its status; with no script it
  * reads commands from standard input.  The procedures through which the
  * core talks to the user interface exist as quiet procedures, except that
- * display_message prints its text.
+ * display_message prints its text.  The plug-ins are loaded at start as
+ * the modeller loads them.
  */
 #include "app/autosave.h"
+#include "app/plugins.h"
 #include "app/startup.h"
 #include "platform/big_stack.h"
 #include "vesk.h"
@@ -103,6 +105,12 @@ static int vesksh_init(Tcl_Interp *interp)
     Tcl_CreateCommand(interp, "vesk_redirect_stderr", redirect_cmd, (ClientData)(intptr_t)2, nullptr);
     Tcl_CreateCommand(interp, "vesk_restore_stderr", restore_cmd, (ClientData)(intptr_t)2, nullptr);
     startup_after_scripts();
+    /* The same plug-ins as the graphical modeller, so that scripts can
+     * use their commands, filters and loaders.  Their console lines go
+     * to standard error like the other start-up messages. */
+    console_to_stderr = 1;
+    plugins_load_all();
+    console_to_stderr = 0;
     return TCL_OK;
 }
 

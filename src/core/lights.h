@@ -25,6 +25,5 @@ void register_light(Object *light);
 void unregister_light(Object *light);
 List *scan_lights(void);
 List *find_lights(void);
-List *vk_get_lights_list(void);
 
 #endif

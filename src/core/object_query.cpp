@@ -116,3 +116,12 @@ Vertex *object_find_vertex_point(Object *object, const float *point)
     }
     return nullptr;
 }
+
+unsigned int vk_object_get_contents(Object *o, List **vertices, List **surfaces, List **children)
+{
+    if (vertices) *vertices = o ? o->vertices : nullptr;
+    if (surfaces) *surfaces = o ? o->surfaces : nullptr;
+    if (children) *children = o ? o->kids : nullptr;
+    if (!o) return 0;
+    return o->num_vert + o->num_surf + o->num_kids;
+}

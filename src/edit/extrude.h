@@ -52,9 +52,7 @@ Object *extrude_selected(const float *start, const float *end);
 /* Command "revolve": each selected object swept about an axis (0 x, 1 y,
  * 2 z) through the origin. */
 int rotate_form_selected_objects(int axis);
-/* Command "define_extrude_path": the current object becomes the path. */
-int vk_define_path_object(void);
-/* Command "extrude_along_path". */
-int vk_extrude_along_path(void);
+/* The commands "define_extrude_path" (vk_define_path_object) and
+ * "extrude_along_path" (vk_extrude_along_path) are declared in vesk.h. */
 
 #endif

@@ -48,7 +48,7 @@ void clear_selection(void);
 int clear_selection_refresh(void);
 
 /* The object rule of the current select mode, then the box. */
-void select_object(Object *object);
+/* select_object is declared in vesk.h. */
 void unselect_object(Object *object);
 void select_objectlist(List *objects);
 void unselect_objectlist(List *objects);

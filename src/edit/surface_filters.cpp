@@ -7,6 +7,7 @@
 #include "edit/surface_ops_batch.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
+#include "platform/signal_guard.h"
 
 #include <cstdio>
 #include <cstring>
@@ -49,6 +50,34 @@ int execute_surface_filter(char *id)
     return 0;
 }
 
+struct FilterCall {
+    SurfaceFilter *filter;
+    Object *object;
+    Surface *surface;
+};
+
+static void call_filter(void *context)
+{
+    FilterCall *c = (FilterCall *)context;
+    c->filter->function(c->object, c->surface);
+}
+
+/* Runs the filter on one surface inside the fault guard, so that a fault
+ * in a plug-in's filter ends only this run, which then cleans up after
+ * itself; 0 (with the signal in *fault) when it faulted. */
+static int filter_surface(SurfaceFilter *filter, Object *object, Surface *surface, int *fault)
+{
+    FilterCall call = {filter, object, surface};
+    return run_guarded(call_filter, &call, fault);
+}
+
+static void report_filter_fault(SurfaceFilter *filter, int fault)
+{
+    windows_message_dialog("The surface filter '%s' crashed (signal %d) and was stopped.%s", filter->name, fault,
+                           (filter->flags & SURFACE_FILTER_NO_UNDO) ? ""
+                                                                    : "\nUndo takes back what it changed.");
+}
+
 int selected_surfaces_do_filter(SurfaceFilter *filter)
 {
     if (!filter) return 0;
@@ -63,15 +92,26 @@ int selected_surfaces_do_filter(SurfaceFilter *filter)
         new_undo(UNDO_SNAPSHOT, filter->name);
         set_undo_all();
     }
-    for (const OwnedSurface &w : whole) filter->function(w.object, w.surface);
+    int fault = 0;
+    for (const OwnedSurface &w : whole) {
+        if (!filter_surface(filter, w.object, w.surface, &fault)) break;
+    }
     /* The object's surfaces as they were, so that the filter may add or
      * remove surfaces of the object as it goes. */
-    List *objects = list_clone(selection.selected_objects);
-    for (List *l = objects; l; l = l->next) {
+    List *objects = fault ? nullptr : list_clone(selection.selected_objects);
+    for (List *l = objects; l && !fault; l = l->next) {
         Object *o = (Object *)l->item;
-        for (Surface *s : object_surfaces(o)) filter->function(o, s);
+        for (Surface *s : object_surfaces(o)) {
+            if (!filter_surface(filter, o, s, &fault)) break;
+        }
     }
     list_free(&objects);
+    if (fault) {
+        model_changed_redraw_all();
+        report_filter_fault(filter, fault);
+        display_status();
+        return 0;
+    }
     clear_selection();
     selection_publish_counts();
     model_changed_redraw_all();

@@ -4,6 +4,7 @@
  * through it, and the filter list of the texture file dialog.
  */
 #include "texture/texture_table.h"
+#include "platform/signal_guard.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -59,6 +60,30 @@ static void list_loaders_on_console(void)
     }
 }
 
+struct LoaderCall {
+    TextureLoader *loader;
+    const char *filename;
+    vkimage *image;
+};
+
+static void call_loader(void *context)
+{
+    LoaderCall *c = (LoaderCall *)context;
+    c->image = c->loader->load(c->filename);
+}
+
+/* Loaders come from plug-ins too: one that faults is reported and reads
+ * nothing, and the command that asked goes on. */
+static vkimage *load_guarded(TextureLoader *loader, const char *filename)
+{
+    LoaderCall call = {loader, filename, nullptr};
+    int fault = 0;
+    if (run_guarded(call_loader, &call, &fault)) return call.image;
+    windows_message_dialog("The texture loader for %s files crashed reading %s (signal %d).", loader->suffix, filename,
+                           fault);
+    return nullptr;
+}
+
 vkimage *texture_read(const char *filename)
 {
     const char *suffix = texture_file_suffix(filename);
@@ -69,7 +94,7 @@ vkimage *texture_read(const char *filename)
     for (List *l = texture_loaders; l; l = l->next) {
         TextureLoader *t = (TextureLoader *)l->item;
         /* The first match decides: a failing loader has said why. */
-        if (strcasecmp(t->suffix, suffix) == 0) return t->load(filename);
+        if (strcasecmp(t->suffix, suffix) == 0) return load_guarded(t, filename);
     }
     list_loaders_on_console();
     /* The suffix keeps its dot, so the text shows two. */

@@ -6,6 +6,9 @@
 #ifndef VESK_VIEW_CAMERA_H
 #define VESK_VIEW_CAMERA_H
 
+/* The calls offered to plug-ins (vk_person_...) are declared in vesk.h. */
+#include "vesk.h"
+
 struct Person {
     float location[3];
     float pitch, yaw, roll;
@@ -23,14 +26,9 @@ struct Person {
 };
 
 Person *get_person(void);
-int vk_person_is_walk_vehicle(void);
 int person_set_walk(void);
 int person_set_spin(void);
 void person_reset(void);
-void vk_person_set_rotation(const float *r);
-void vk_person_add_rotation(const float *r);
-void vk_person_scale_mult(float f);
-void vk_person_scale_div(float f);
 void person_turn_left(float deg);
 void person_turn_right(float deg);
 void person_turn_up(float deg);

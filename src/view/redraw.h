@@ -6,6 +6,8 @@
 #ifndef VESK_VIEW_REDRAW_H
 #define VESK_VIEW_REDRAW_H
 
+#include "vesk.h" /* redraw_all, offered to plug-ins */
+
 /* Counts changes of what the views show of the model; the drawing code
  * caches its work until it changes.  redraw_all, redraw_orth and
  * redraw_3d advance it (edits call them); request_redisplay and the
@@ -14,7 +16,6 @@
 extern unsigned long model_generation;
 
 void request_redisplay(int view);
-int redraw_all(void);
 int redraw_orth(void);
 int redraw_3d(void);
 /* Redraw the orthographic views, or all four, after a change to the views
