@@ -343,6 +343,26 @@ List *vk_add_command_full(const char *name, vk_command_function function, int nu
                           const char *template_, const char *usage, const char *description);
 int vk_replace_command_function(const char *name, vk_command_function function);
 
+/* Typed registration, one call per template: the compiler checks that the
+ * function takes exactly the arguments the template names, where a cast
+ * to vk_command_function would hide a mismatch.  Each is
+ * vk_add_command_full with the template filled in. */
+#define VK_TYPED_COMMAND(suffix, numargs, template_, ...)                                                      \
+    static inline List *vk_add_command_##suffix(const char *name, int (*function)(__VA_ARGS__), const char *usage, \
+                                                const char *description)                                       \
+    {                                                                                                          \
+        return vk_add_command_full(name, (vk_command_function)function, numargs, template_, usage, description);  \
+    }
+VK_TYPED_COMMAND(none, 0, NULL, void)
+VK_TYPED_COMMAND(d, 1, "d", int)
+VK_TYPED_COMMAND(f, 1, "f", float)
+VK_TYPED_COMMAND(s, 1, "s", char *)
+VK_TYPED_COMMAND(sd, 2, "sd", char *, int)
+VK_TYPED_COMMAND(ff, 2, "ff", float, float)
+VK_TYPED_COMMAND(fff, 3, "fff", float, float, float)
+VK_TYPED_COMMAND(ffffff, 6, "ffffff", float, float, float, float, float, float)
+#undef VK_TYPED_COMMAND
+
 /* ------------------------------------------------------------------ */
 /* Preferences                                                         */
 /* ------------------------------------------------------------------ */

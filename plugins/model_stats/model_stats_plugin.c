@@ -89,7 +89,7 @@ static int model_statistics(void)
 
 int vesk_plugin_init(void)
 {
-    if (!vk_add_command_full("model_statistics", (vk_command_function)model_statistics, 0, NULL, NULL,
+    if (!vk_add_command_none("model_statistics", model_statistics, NULL,
                              "count the model's objects, vertices and surfaces and show them")) {
         return 0;
     }

@@ -141,13 +141,13 @@ int vesk_plugin_init(void)
     for (size_t i = 0; i < sizeof api_functions / sizeof api_functions[0]; i++) {
         if (!api_functions[i]) return 0;
     }
-    vk_add_command_full("sdk_echo", (vk_command_function)sdk_echo, 2, "sd", "<text> <int n>", "echo");
+    vk_add_command_sd("sdk_echo", sdk_echo, "<text> <int n>", "echo");
     vk_add_command("sdk_menu_hit", (vk_command_function)sdk_menu_hit);
     vk_add_command("sdk_fault", (vk_command_function)sdk_fault);
-    vk_add_command_full("sdk_arm_filter_fault", (vk_command_function)sdk_arm_filter_fault, 1, "d", "<0|1>",
+    vk_add_command_d("sdk_arm_filter_fault", sdk_arm_filter_fault, "<0|1>",
                         "make the SDK filter fault");
     vk_add_command("sdk_world_summary", (vk_command_function)sdk_world_summary);
-    vk_add_command_full("sdk_prefs", (vk_command_function)sdk_prefs, 2, "sd", "<name> <int getter>",
+    vk_add_command_sd("sdk_prefs", sdk_prefs, "<name> <int getter>",
                         "read a preference");
     vk_add_tools_menu_item("SDK plug-in entry", "vesk sdk_menu_hit", "a menu entry added by the SDK test plug-in");
     if (!vk_register_surface_filter("SDK reverse", "reverse the winding, material 5", sdk_filter, 0)) return 0;
