@@ -30,6 +30,7 @@
 #include "edit/redo.h"
 #include "edit/model_additions.h"
 #include "edit/model_state.h"
+#include "core/internal.h"
 #include "edit/object_ops.h"
 #include "edit/selection.h"
 #include "app/linked_vars.h"
@@ -80,9 +81,14 @@ static void publish(void)
     set_redo_string(entries.empty() ? "" : entries.back()->label.c_str());
 }
 
+/* The entry of the undo under way that takes over the model the undo
+ * replaces (redo_take_replaced_world), instead of copying it first. */
+static RedoEntry *awaiting_world = nullptr;
+
 void redo_discard(RedoEntry *e)
 {
     if (!e) return;
+    if (awaiting_world == e) awaiting_world = nullptr;
     for (ReaddedObject &r : e->readded) object_free(r.copy);
     if (e->done_model) object_free(e->done_model);
     additions_free(&e->additions);
@@ -187,6 +193,16 @@ static int is_additive_kind(int kind)
     return kind == UNDO_ADD_SURFACE || kind == UNDO_ADDED_VERTICES || kind == UNDO_ADD_OBJECT || kind == UNDO_PASTE;
 }
 
+static int replaces_whole_model(const UndoRecord *r)
+{
+    switch (r->kind) {
+    case UNDO_SNAPSHOT_128: case UNDO_SNAPSHOT_512: case UNDO_UNGROUP: case UNDO_REMOVE_SURFACE: case UNDO_SNAPSHOT:
+        return r->world_snapshot != nullptr;
+    default:
+        return 0;
+    }
+}
+
 RedoEntry *redo_capture(const UndoRecord *r)
 {
     if (!r || !world || !is_known_kind(r->kind)) return nullptr;
@@ -220,9 +236,22 @@ RedoEntry *redo_capture(const UndoRecord *r)
         e->way = REDO_IN_PLACE;
     } else {
         e->way = REDO_MODEL;
-        e->done_model = copy_object_exact(world);
+        /* A snapshot's undo sets the kept copy in place of the model and
+         * hands the model it replaces to this entry: nothing to copy. */
+        if (replaces_whole_model(r)) awaiting_world = e;
+        else e->done_model = copy_object_exact(world);
     }
     return e;
+}
+
+int redo_take_replaced_world(Object *replaced)
+{
+    if (!awaiting_world || !replaced) return 0;
+    /* Its objects are out of the model now: their ids must not find them. */
+    for (Object *o : model_walk(replaced)) object_handle_release(o);
+    awaiting_world->done_model = replaced;
+    awaiting_world = nullptr;
+    return 1;
 }
 
 /* An in-place entry whose undo removed more than its marked items (an
@@ -240,6 +269,12 @@ static void check_in_place(RedoEntry *e)
 void redo_push(RedoEntry *e)
 {
     if (!e) return;
+    if (awaiting_world == e) awaiting_world = nullptr;
+    if (e->way == REDO_MODEL && !e->done_model) {
+        /* The undo kept the model it replaced after all: nothing to redo. */
+        redo_discard(e);
+        return;
+    }
     check_in_place(e);
     /* The shape the model must still have for a tree delete to be redone
      * on the same objects. */

@@ -18,6 +18,10 @@ extern int redo_count;
 /* What the record's undo is about to take back, or null for a kind that
  * undo does not revert. */
 RedoEntry *redo_capture(const UndoRecord *record);
+/* Called by a snapshot's undo with the model it takes out: the entry
+ * being captured keeps it for a redo (and 1 is returned) instead of the
+ * undo deleting it. */
+int redo_take_replaced_world(Object *replaced);
 /* Files the entry of an undo that has happened (null is ignored). */
 void redo_push(RedoEntry *entry);
 void redo_discard(RedoEntry *entry);

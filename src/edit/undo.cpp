@@ -415,7 +415,7 @@ static void undo_snapshot(UndoRecord *r)
     r->world_snapshot = nullptr;
     clear_selection();
     selection_publish_counts();
-    object_delete(world);
+    if (!redo_take_replaced_world(world)) object_delete(world);
     world = snapshot;
     clear_all_undos();
     scan_lights();

@@ -11,6 +11,7 @@
 #include "edit/redo.h"
 #include "edit/transform.h"
 #include "edit/selection.h"
+#include "edit/surface_ops.h"
 
 namespace {
 
@@ -38,6 +39,35 @@ TEST_F(RedoTest, RedoneMoveIsExact)
     EXPECT_EQ(redo_count, 0);
     EXPECT_EQ(undo_count, 1);
     EXPECT_EQ(redo_label(), nullptr);
+}
+
+/* A snapshot's undo hands the model it replaces to the redo list rather
+ * than copying it first: the redone model is that very model, and while
+ * it waits its objects' ids find nothing. */
+TEST_F(RedoTest, SnapshotRedoTakesBackTheReplacedModel)
+{
+    Object *o = add_square(world);
+    select_object(o);
+    EXPECT_EQ(selected_subdivide_surfaces(), 1);
+    Object *done_world = world;
+    uint32_t id = object_handle(o);
+    auto done = points_of(o);
+    UNDO();
+    EXPECT_NE(world, done_world);
+    EXPECT_EQ(object_from_handle(id), nullptr);
+    EXPECT_EQ(redo_count, 1);
+    EXPECT_EQ(REDO(), 1);
+    EXPECT_EQ(world, done_world); /* not a copy */
+    EXPECT_TRUE(same_bits(done, points_of(o)));
+    EXPECT_EQ(undo_count, 1);
+    UNDO();
+    EXPECT_EQ(REDO(), 1);
+    EXPECT_TRUE(same_bits(done, points_of(o)));
+    /* Dropping the list frees the waiting model (the leak checker of the
+     * sanitizer build watches this). */
+    UNDO();
+    clear_redo();
+    EXPECT_EQ(redo_count, 0);
 }
 
 TEST_F(RedoTest, ModelChangedWithoutRecordRefuses)
