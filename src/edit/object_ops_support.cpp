@@ -1,9 +1,11 @@
 /*
  * edit/object_ops_support.cpp - bulk helpers of the editing operations
  * and the undo history: owners of many vertices, deleting many vertices,
- * appending many children, an exact deep copy of a subtree, and cleaning
- * dead entries out of the selection.  Each works in one pass over the
- * lists it touches, so that operations on a million vertices stay linear.
+ * appending many children, walking and detaching many objects.  Each
+ * works in one pass over the lists it touches, so that operations on a
+ * million vertices stay linear.  (Exact copies of a subtree are in
+ * object_copy_exact.cpp, the selection's clean-up after deletions in
+ * selection_forget.cpp.)
  */
 #include "edit/object_ops.h"
 #include "core/internal.h"
@@ -268,124 +270,4 @@ std::vector<Object *> detach_objects(const std::vector<uint32_t> &handles, int c
         if (o && o != world && !o->parent && ptable_set_if_absent(&out, o, 1)) detached.push_back(o);
     }
     return detached;
-}
-
-/* ---- exact copies ---- */
-
-/* The record alone: every field copied, strings duplicated, no lists, no
- * parent, no handle. */
-static Object *copy_record(Object *o)
-{
-    size_t size = o->type == OBJECT_LIGHT ? sizeof(Light) : sizeof(Object);
-    Object *c = (Object *)myalloc((unsigned int)size);
-    memcpy(c, o, size);
-    c->name = mystrdup(o->name);
-    c->data = mystrdup(o->data);
-    c->url = mystrdup(o->url);
-    c->vertices = c->surfaces = c->kids = nullptr;
-    c->num_vert = c->num_surf = c->num_kids = 0;
-    c->parent = nullptr;
-    c->deleted = 0;
-    c->handle = 0;
-    return c;
-}
-
-static Surface *copy_surface(Surface *s, const std::vector<Vertex *> &from, const std::vector<Vertex *> &to)
-{
-    Surface *c = new_surface();
-    c->mat = s->mat;
-    memcpy(c->normal, s->normal, sizeof c->normal);
-    c->surface_kind = s->surface_kind;
-    c->shading = s->shading;
-    c->twosided = s->twosided;
-    List *tail = nullptr;
-    for (List *r = s->vertrefs; r; r = r->next) {
-        SVertex *ref = (SVertex *)r->item;
-        uint32_t i = ref->vertex ? ref->vertex->mark : UINT32_MAX;
-        /* A reference to a vertex of another object cannot be copied. */
-        if (i >= from.size() || from[i] != ref->vertex) continue;
-        tail = list_add_item_fast(&c->vertrefs, tail, new_svertex(to[i], ref->u, ref->v));
-        c->num_vertrefs++;
-    }
-    return c;
-}
-
-/* Copies the vertices and surfaces of o into c; the vertices are matched
- * through their scratch numbers. */
-static void copy_geometry(Object *o, Object *c)
-{
-    std::vector<Vertex *> from, to;
-    List *tail = nullptr;
-    for (List *v = o->vertices; v; v = v->next) {
-        Vertex *vx = (Vertex *)v->item;
-        vx->mark = (uint32_t)from.size();
-        from.push_back(vx);
-        to.push_back(vertex_clone(vx));
-        tail = list_add_item_fast(&c->vertices, tail, to.back());
-        c->num_vert++;
-    }
-    tail = nullptr;
-    for (List *s = o->surfaces; s; s = s->next) {
-        tail = list_add_item_fast(&c->surfaces, tail, copy_surface((Surface *)s->item, from, to));
-        c->num_surf++;
-    }
-}
-
-Object *copy_object_exact(Object *object)
-{
-    Object *top = copy_record(object);
-    std::vector<std::pair<Object *, Object *>> pending(1, {object, top});
-    while (!pending.empty()) {
-        Object *o = pending.back().first, *c = pending.back().second;
-        pending.pop_back();
-        copy_geometry(o, c);
-        ChildAppender kids = child_appender(c);
-        for (List *k = o->kids; k; k = k->next) {
-            Object *child = copy_record((Object *)k->item);
-            append_child(&kids, child);
-            pending.push_back({(Object *)k->item, child});
-        }
-    }
-    return top;
-}
-
-/* ---- the selection after deletions ---- */
-
-static List *keep_live(List *list, const PointerTable *live)
-{
-    List *kept = nullptr, *tail = nullptr;
-    for (List *l = list; l; l = l->next) {
-        if (ptable_get(live, l->item, nullptr)) tail = list_add_item_fast(&kept, tail, l->item);
-    }
-    return kept;
-}
-
-/* The vertices of the list that some object of the model still holds. */
-static List *keep_live_vertices(List *vertices)
-{
-    PointerTable owners;
-    for (List *v = vertices; v; v = v->next) ptable_set_if_absent(&owners, v->item, 0);
-    find_vertex_owners(&owners);
-    List *kept = nullptr, *tail = nullptr;
-    for (List *v = vertices; v; v = v->next) {
-        if (ptable_value(&owners, v->item)) tail = list_add_item_fast(&kept, tail, v->item);
-    }
-    return kept;
-}
-
-void selection_forget_dead(void)
-{
-    int mode = selection.select_mode;
-    List *vertices, *objects;
-    selection_take_lists(&vertices, &objects);
-    PointerTable live;
-    find_live_objects(&live);
-    List *live_objects = keep_live(objects, &live);
-    List *live_vertices = keep_live_vertices(vertices);
-    list_free(&vertices);
-    list_free(&objects);
-    selection.select_mode = mode;
-    selection_adopt_lists(live_vertices, live_objects);
-    /* The current object and the box follow the lists again. */
-    select_objectlist(nullptr);
 }
