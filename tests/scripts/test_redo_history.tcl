@@ -7,96 +7,10 @@
 # ungroup) are checked the other way round: as the older step, with an
 # in-place step redone on top of their redone copy.
 source [file join [lindex $argv 0] scripts harness.tcl]
+source [file join [lindex $argv 0] scripts redo_support.tcl]
 
 proc set_undo_string {text} {}
 proc set_redo_string {text} {}
-
-proc tree_print {id} {
-    set kids {}
-    foreach kid [vesk object_get_children $id] { lappend kids [tree_print $kid] }
-    list [vesk object_get_name $id] [vesk object_get_centre $id] \
-        [vesk object_get_vertices $id] [vesk object_get_surfaces $id] $kids
-}
-proc model_print {} { tree_print [vesk get_world] }
-
-set model [file join $::scratch redo_history.vk]
-set f [open $model w]
-puts $f {VESKb
-OBJECT world
-kids 2
-OBJECT poly
-name "box"
-numvert 8
--1.1 -1.3 -1.7
-1.3 -1.1 -1.9
-1.7 1.3 -1.1
--1.9 1.1 -1.3
--1.1 -1.7 1.3
-1.1 -1.9 1.7
-1.3 1.1 1.9
--1.7 1.3 1.1
-numsurf 6
-SURF 0
-refs 4
-0 0 0
-3 0 0
-2 0 0
-1 0 0
-SURF 0
-refs 4
-4 0 0
-5 0 0
-6 0 0
-7 0 0
-SURF 0
-refs 4
-0 0 0
-1 0 0
-5 0 0
-4 0 0
-SURF 0
-refs 4
-3 0 0
-7 0 0
-6 0 0
-2 0 0
-SURF 0
-refs 4
-0 0 0
-4 0 0
-7 0 0
-3 0 0
-SURF 0
-refs 4
-1 0 0
-2 0 0
-6 0 0
-5 0 0
-kids 0
-OBJECT poly
-name "flat"
-numvert 4
-4.1 0.3 0.7
-5.3 0.1 0.9
-5.7 1.3 0.1
-4.9 1.1 0.3
-numsurf 1
-SURF 0
-refs 4
-0 0 0
-1 0 0
-2 0 0
-3 0 0
-kids 0}
-close $f
-
-proc reload {} {
-    capture_console { vesk clear_all; vesk load_vk $::model }
-    vesk set_select_mode 0
-    vesk clear_selection
-}
-proc box {} { lindex [vesk object_get_children [vesk get_world]] 0 }
-proc flat {} { lindex [vesk object_get_children [vesk get_world]] 1 }
 
 # Undoing a move, resize or rotate computes the old positions back
 # (subtracting, scaling and turning the other way), which is exact only
