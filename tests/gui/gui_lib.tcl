@@ -239,6 +239,20 @@ proc pick_menu {button label} {
     exec xdotool mousemove [expr {$x + 40}] [expr {$y + $top + 8}] click 1
 }
 
+# Clicks an entry of a posted pop-up menu by its label, moving the
+# pointer onto it first as a hand would, and lets the command run.
+proc click_popup_entry {menu label} {
+    set index [remote [list $menu index $label]]
+    lassign [remote "list \[winfo rootx $menu\] \[winfo rooty $menu\] \[$menu yposition $index\]"] x y top
+    exec xdotool mousemove [expr {$x + 30}] [expr {$y + $top + 6}]
+    after 100
+    exec xdotool mousemove [expr {$x + 40}] [expr {$y + $top + 8}]
+    after 200
+    exec xdotool click 1
+    after 300
+    remote {update}
+}
+
 # Waits for a message box of tk_messageBox (given its parent) and clicks
 # one of its buttons (ok, cancel, yes or no).  Returns the message it
 # showed, or "" when none came.

@@ -101,16 +101,7 @@ proc popup_choose {label} {
     after 100
     exec xdotool click 3
     wait_remote {[winfo ismapped .views.popup3d]}
-    set m .views.popup3d
-    set index [remote [list $m index $label]]
-    lassign [remote "list \[winfo rootx $m\] \[winfo rooty $m\] \[$m yposition $index\]"] mx my top
-    exec xdotool mousemove [expr {$mx + 30}] [expr {$my + $top + 6}]
-    after 100
-    exec xdotool mousemove [expr {$mx + 40}] [expr {$my + $top + 8}]
-    after 200
-    exec xdotool click 1
-    after 300
-    remote {update}
+    click_popup_entry .views.popup3d $label
 }
 popup_choose "Select it"
 check "the menu's Select picks the object under the pointer" [remote {vesk get_selected_objects}] $first

@@ -114,16 +114,7 @@ close_menu
 # ---- choosing entries ----
 proc choose {x y label} {
     open_menu_at $x $y
-    set m .views.popup3d
-    set index [remote [list $m index $label]]
-    lassign [remote "list \[winfo rootx $m\] \[winfo rooty $m\] \[$m yposition $index\]"] mx my top
-    exec xdotool mousemove [expr {$mx + 30}] [expr {$my + $top + 6}]
-    after 100
-    exec xdotool mousemove [expr {$mx + 40}] [expr {$my + $top + 8}]
-    after 200
-    exec xdotool click 1
-    after 300
-    remote {update}
+    click_popup_entry .views.popup3d $label
 }
 choose {*}$mid "Select it"
 check "Select it: the object under the pointer is the selection" [remote {vesk get_selected_objects}] $id
