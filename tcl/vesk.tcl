@@ -28,11 +28,8 @@ namespace eval ::vesk::main {
         object Object o 1
         vertex Vertex v 2
     }
-    # number, label (the core's name for the mode, capitalised)
-    variable draw_modes {
-        0 Select 1 Line 2 {Closed line} 3 Polygon 4 Rectangle 5 Ellipse 6 Disk
-        7 Box 8 Sphere 9 Cylinder 10 Mesh 11 Grid 12 Icosahedron 13 Light
-    }
+    # number, label: the core publishes its draw modes as ::vesk_draw_modes
+    variable draw_modes $::vesk_draw_modes
     # number, label, key
     variable drag_modes {
         100 Move m

@@ -6,6 +6,7 @@
  * every entry is announced to the scripts.
  */
 #include "app/startup.h"
+#include "view/draw_modes.h"
 #include "app/added_commands.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
@@ -61,7 +62,10 @@ void startup_core(void)
 
 int startup_bind(Tcl_Interp *interp)
 {
-    return vesk_bind_interpreter(interp);
+    int status = vesk_bind_interpreter(interp);
+    /* The scripts build the tool panel from the core's list of modes. */
+    publish_draw_modes();
+    return status;
 }
 
 void startup_after_scripts(void)

@@ -17,15 +17,15 @@
 #include "edit/undo.h"
 #include "view/interaction_actions.h"
 #include "view/overlay.h"
+#include "view/draw_modes.h"
 #include "view/redraw.h"
 #include "view/view_state.h"
 
 #include <cmath>
 #include <cstdlib>
+#include <string>
 
-enum { BOX_MARGIN = 13, BRUSH_SIZE = 16, MODE_ZOOM = 50 };
-enum { MODE_MOVE = 100, MODE_RESIZE = 101, MODE_ROTATE = 102, MODE_EXTRUDE = 103 };
-enum { HANDLE_TOP = 1, HANDLE_BOTTOM = 2, HANDLE_LEFT = 4, HANDLE_RIGHT = 8, HANDLE_SIDE = 16 };
+enum { BOX_MARGIN = 13, BRUSH_SIZE = 16 };
 
 int interaction_mode = 0;
 int move_submode = MODE_MOVE;
@@ -115,14 +115,26 @@ static void close_line_object(void)
 
 /* ---- modes ---- */
 
-static const char *draw_mode_name(int mode)
+static const char *const draw_mode_names[DRAW_MODE_COUNT] = {
+    "select", "line", "closed line", "polygon", "rectangle", "ellipse", "disk",
+    "box", "sphere", "cylinder", "mesh", "grid", "icosahedron", "light"};
+
+const char *draw_mode_name(int mode)
 {
-    static const char *const names[] = {"select", "line", "closed line", "polygon", "rectangle",
-                                        "ellipse", "disk", "box", "sphere", "cylinder",
-                                        "mesh", "grid", "icosahedron", "light"};
-    if (mode >= 0 && mode <= 13) return names[mode];
+    if (mode >= 0 && mode < DRAW_MODE_COUNT) return draw_mode_names[mode];
     if (mode == MODE_ZOOM) return "zoom";
     return "select";
+}
+
+void publish_draw_modes(void)
+{
+    std::string list;
+    for (int mode = 0; mode < DRAW_MODE_COUNT; mode++) {
+        std::string label = draw_mode_names[mode];
+        label[0] = (char)toupper((unsigned char)label[0]);
+        list += std::to_string(mode) + " {" + label + "} ";
+    }
+    tcl_set_string("vesk_draw_modes", list.c_str());
 }
 
 static const char *drag_mode_name(int submode)
@@ -142,14 +154,14 @@ static void set_mode(int mode)
 static void show_drawing_hint(void)
 {
     int mode = interaction_mode;
-    if (mode >= 1 && mode <= 3) {
+    if (draw_mode_adds_points(mode)) {
         display_message("%s: click to add points; click the first point or press the right button to finish; "
                         "Escape cancels",
                         draw_mode_name(mode));
-    } else if (mode >= 4 && mode <= 12) {
+    } else if (draw_mode_drags_shape(mode)) {
         display_message("%s: drag to draw one, or click for a regular one; Escape goes back to Select",
                         draw_mode_name(mode));
-    } else if (mode == 13) {
+    } else if (mode == DRAW_LIGHT) {
         display_message("light: click where the light goes; Escape goes back to Select");
     }
 }
@@ -172,8 +184,8 @@ int cancel_drawing(void)
         display_message("%s cancelled", draw_mode_name(interaction_mode));
         return 1;
     }
-    if (interaction_mode >= 1 && interaction_mode <= 13 && !g.button_down) {
-        set_mode(0);
+    if (draw_mode_is_tool(interaction_mode) && !g.button_down) {
+        set_mode(DRAW_SELECT);
         display_message("back to Select");
         display_status();
         return 1;
@@ -183,7 +195,7 @@ int cancel_drawing(void)
 
 int set_new_draw_mode(int mode)
 {
-    if ((mode < 0 || mode > 13) && mode != MODE_ZOOM) {
+    if ((mode < 0 || mode >= DRAW_MODE_COUNT) && mode != MODE_ZOOM) {
         display_message("unknown draw mode %d", mode);
         return 0;
     }
@@ -262,14 +274,14 @@ void win_set_handle_cursor(int view, int handle)
 {
     const char *cursor = "";
     switch (handle) {
-    case 5: cursor = "top_left_corner"; break;
-    case 6: cursor = "bottom_left_corner"; break;
-    case 9: cursor = "top_right_corner"; break;
-    case 10: cursor = "bottom_right_corner"; break;
-    case 17: cursor = "top_side"; break;
-    case 18: cursor = "bottom_side"; break;
-    case 20: cursor = "left_side"; break;
-    case 24: cursor = "right_side"; break;
+    case HANDLE_TOP | HANDLE_LEFT: cursor = "top_left_corner"; break;
+    case HANDLE_BOTTOM | HANDLE_LEFT: cursor = "bottom_left_corner"; break;
+    case HANDLE_TOP | HANDLE_RIGHT: cursor = "top_right_corner"; break;
+    case HANDLE_BOTTOM | HANDLE_RIGHT: cursor = "bottom_right_corner"; break;
+    case HANDLE_SIDE | HANDLE_TOP: cursor = "top_side"; break;
+    case HANDLE_SIDE | HANDLE_BOTTOM: cursor = "bottom_side"; break;
+    case HANDLE_SIDE | HANDLE_LEFT: cursor = "left_side"; break;
+    case HANDLE_SIDE | HANDLE_RIGHT: cursor = "right_side"; break;
     default: break;
     }
     frontend_set_cursor(view, cursor);
@@ -414,16 +426,17 @@ void handle_mouse_down(int view, int x, int y, int button, int state)
     }
     g.handle = 0;
     if (g.brush) return;
-    if (interaction_mode == 0 && inside_box(view, x, y)) {
+    if (interaction_mode == DRAW_SELECT && inside_box(view, x, y)) {
         start_selection_drag(view, button);
-    } else if (interaction_mode == 0) {
+    } else if (interaction_mode == DRAW_SELECT) {
         band_rect(view, x, y, x, y, OVERLAY_RECT);
     }
-    if (interaction_mode != 0) snap_to_grid(g.down);
-    if (interaction_mode == 4 || interaction_mode == 7 || interaction_mode == 8 || interaction_mode == 12) {
+    if (interaction_mode != DRAW_SELECT) snap_to_grid(g.down);
+    if (interaction_mode == DRAW_RECTANGLE || interaction_mode == DRAW_BOX || interaction_mode == DRAW_SPHERE ||
+        interaction_mode == DRAW_ICOSAHEDRON) {
         band_rect(view, x, y, x, y, OVERLAY_RECT);
     }
-    if (interaction_mode == 5) band_rect(view, x, y, x, y, OVERLAY_ELLIPSE);
+    if (interaction_mode == DRAW_ELLIPSE) band_rect(view, x, y, x, y, OVERLAY_ELLIPSE);
 }
 
 /* ---- mouse move ---- */
@@ -442,7 +455,7 @@ static void apply_axis_lock(int *x, int *y)
 
 static void hover_readout(int view, int x, int y, const float *p)
 {
-    if (interaction_mode >= 1 && interaction_mode <= 3) return;
+    if (draw_mode_adds_points(interaction_mode)) return;
     if (nothing_is_selected()) {
         show_coors(p);
         return;
@@ -486,14 +499,14 @@ static void drag_update(int view, int x, int y)
 {
     float d[3] = {g.current[0] - g.down[0], g.current[1] - g.down[1], g.current[2] - g.down[2]};
     switch (interaction_mode) {
-    case 0:
+    case DRAW_SELECT:
         band_rect(view, g.down_x, g.down_y, x, y, OVERLAY_RECT);
         break;
-    case 4: case 10: case 11: case 7: case 9:
+    case DRAW_RECTANGLE: case DRAW_MESH: case DRAW_GRID: case DRAW_BOX: case DRAW_CYLINDER:
         band_rect(view, g.down_x, g.down_y, x, y, OVERLAY_RECT);
         show_coors_and_dim(g.current, g.down, g.current);
         break;
-    case 5: case 6: case 8: case 12:
+    case DRAW_ELLIPSE: case DRAW_DISK: case DRAW_SPHERE: case DRAW_ICOSAHEDRON:
         band_rect(view, g.down_x, g.down_y, x, y, OVERLAY_ELLIPSE);
         show_coors_and_dim(g.current, g.down, g.current);
         break;
@@ -695,7 +708,7 @@ void handle_mouse_move(int view, int x, int y)
     float p[3];
     mouse_to_point(x, y, view, p);
     for (int i = 0; i < 3; i++) g.current[i] = p[i];
-    if (interaction_mode >= 1 && interaction_mode <= 3 && g.last_vertex) {
+    if (draw_mode_adds_points(interaction_mode) && g.last_vertex) {
         int lx, ly;
         point2xy(g.last_vertex->point, &lx, &ly, view);
         overlays[view].line = 0;
@@ -760,8 +773,8 @@ static void add_line_vertex(const float *p)
     if (!g.line_object) {
         g.line_object = new_object(OBJECT_NORMAL);
         g.line_surface = new_surface();
-        g.line_surface->surface_kind = interaction_mode == 1 ? SURFACE_LINE
-                                       : interaction_mode == 2 ? SURFACE_CLOSED_LINE
+        g.line_surface->surface_kind = interaction_mode == DRAW_LINE ? SURFACE_LINE
+                                       : interaction_mode == DRAW_CLOSED_LINE ? SURFACE_CLOSED_LINE
                                                                : SURFACE_POLYGON;
         object_add_surface(g.line_object, g.line_surface);
         object_add_child(world, g.line_object);
@@ -792,7 +805,7 @@ static void release_line_mode(int button)
     int on_last = g.last_vertex && g.last_vertex->point[0] == p[0] && g.last_vertex->point[1] == p[1] &&
                   g.last_vertex->point[2] == p[2];
     /* Clicking the first point again closes a closed line or polygon. */
-    SVertex *first = g.line_surface && interaction_mode >= 2 ? (SVertex *)list_get_item(g.line_surface->vertrefs, 0) : nullptr;
+    SVertex *first = g.line_surface && interaction_mode >= DRAW_CLOSED_LINE ? (SVertex *)list_get_item(g.line_surface->vertrefs, 0) : nullptr;
     int on_first = first && g.line_surface->num_vertrefs >= 3 && first->vertex->point[0] == p[0] &&
                    first->vertex->point[1] == p[1] && first->vertex->point[2] == p[2];
     if (button != 1 || on_last || on_first) finish_line();
@@ -860,7 +873,7 @@ void handle_mouse_up(int view, int x, int y, int button)
     }
     if (interaction_mode != 0) snap_to_grid(g.current);
     int mode = interaction_mode;
-    if (mode == 0) finish_selection(view, x, y);
+    if (mode == DRAW_SELECT) finish_selection(view, x, y);
     else if (mode >= 1 && mode <= 3) release_line_mode(button);
     else if (mode >= 4 && mode <= 13) release_primitive(view);
     else if (mode >= MODE_MOVE) release_drag(view, x);

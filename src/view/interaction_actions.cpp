@@ -4,6 +4,7 @@
  * reports on the status line.
  */
 #include "view/interaction_actions.h"
+#include "view/draw_modes.h"
 #include "app/commands.h"
 #include "app/shared_state.h"
 #include "core/lights.h"
@@ -120,26 +121,26 @@ static Object *make_primitive(int mode, int view, const float *down, const float
     int click = same_point(down, up);
     midpoint(down, up, m);
     switch (mode) {
-    case 4: return add_rect(view, down, up);
-    case 5: {
+    case DRAW_RECTANGLE: return add_rect(view, down, up);
+    case DRAW_ELLIPSE: {
         Object *o = click ? create_regular_elipse(view) : add_circle(view, down, up, 10);
         if (o) move_to(o, m);
         return o;
     }
-    case 6: {
+    case DRAW_DISK: {
         Object *o = click ? create_regular_disk(view) : add_disk(view, down, up, 10);
         if (o) move_to(o, m);
         return o;
     }
-    case 7:
+    case DRAW_BOX:
         if (click) return create_regular_cube(down);
         with_depth(view, down, up, a, b);
         return add_cube(view, a, b);
-    case 8:
+    case DRAW_SPHERE:
         if (click) return create_regular_sphere(down);
         with_depth(view, down, up, a, b);
         return add_sphere(view, a, b);
-    case 9: {
+    case DRAW_CYLINDER: {
         Object *o = new_cylinder(view);
         with_depth(view, down, up, a, b);
         float s[3] = {std::fabs(b[0] - a[0]), std::fabs(b[1] - a[1]), std::fabs(b[2] - a[2])};
@@ -152,10 +153,10 @@ static Object *make_primitive(int mode, int view, const float *down, const float
         }
         return o;
     }
-    case 10: return add_mesh(view, down, up);
-    case 11: return add_grid(view, down, up);
-    case 12: return create_ico(0, 0);
-    case 13: {
+    case DRAW_MESH: return add_mesh(view, down, up);
+    case DRAW_GRID: return add_grid(view, down, up);
+    case DRAW_ICOSAHEDRON: return create_ico(0, 0);
+    case DRAW_LIGHT: {
         Object *o = new_light();
         for (int i = 0; i < 3; i++) o->centre[i] = up[i];
         return o;
@@ -166,22 +167,23 @@ static Object *make_primitive(int mode, int view, const float *down, const float
 
 Object *action_primitive(int mode, int view, const float *down, const float *up)
 {
+    /* Undo labels, from the rectangle on. */
     static const char *const labels[] = {"add rect", "add elipse", "add disk", "add cube", "add sphere",
                                          "add cylinder", "add mesh", "add grid", "add ico", "add light"};
-    if (mode < 4 || mode > 13) return nullptr;
+    if (mode < DRAW_RECTANGLE || mode > DRAW_LIGHT) return nullptr;
     /* Where a box's or sphere's depth comes from, told before the new
      * object changes the selection. */
     char depth[160] = "";
-    if ((mode == 7 || mode == 8 || mode == 9) && !same_point(down, up) && view >= 0 && view <= 2) {
+    if ((mode == DRAW_BOX || mode == DRAW_SPHERE || mode == DRAW_CYLINDER) && !same_point(down, up) && view >= 0 && view <= 2) {
         describe_depth(view, down, up, depth, sizeof depth);
     }
     Object *o = make_primitive(mode, view, down, up);
     if (!o) return nullptr;
-    new_undo(UNDO_ADD_OBJECT, labels[mode - 4]);
+    new_undo(UNDO_ADD_OBJECT, labels[mode - DRAW_RECTANGLE]);
     set_undo_object(o);
     object_add_child(world, o);
     if (object_is_light(o)) register_light(o);
-    display_message("%s done%s", labels[mode - 4], depth);
+    display_message("%s done%s", labels[mode - DRAW_RECTANGLE], depth);
     return o;
 }
 

@@ -60,6 +60,24 @@ proc ::mock::set_default {name value} {
     if {![info exists ::$name]} { set ::$name $value }
 }
 
+# The draw modes as the core publishes them, {number label ...}, read from
+# the core's one table of their names (src/view/interaction.cpp).
+proc ::mock::core_draw_modes {} {
+    variable here
+    set f [open [file join $here .. .. src view interaction.cpp] r]
+    set text [read $f]
+    close $f
+    if {![regexp {draw_mode_names\[DRAW_MODE_COUNT\] = \{([^\}]*)\}} $text -> names]} {
+        error "mock_core: no draw mode table in interaction.cpp"
+    }
+    set modes {}
+    foreach name [regexp -all -inline {"[^"]*"} $names] {
+        set name [string trim $name \"]
+        lappend modes [expr {[llength $modes] / 2}] [string totitle $name 0 0]
+    }
+    return $modes
+}
+
 # The linked variables, with the defaults of the preferences.
 proc ::mock::link_variables {} {
     set render "vesk write_POV veskpovfile.pov ; vesk execute {\"C:Program FilesPOV-Ray for Windows\binpvengine.exe\"  /RENDER veskpovfile.pov }"
@@ -77,6 +95,7 @@ proc ::mock::link_variables {} {
         prefs_fix_view_after_load 1 prefs_view3dmode 0 prefs_view3dtextures 1 \
         prefs_show_3d_grid 1 prefs_spike_factor 0.2 prefs_draw_moving_vertices 1 \
         person_walk_vehicle 0 vesk_version_string "VESK v2.0" prefs_render_command $render \
+        vesk_draw_modes [::mock::core_draw_modes] \
         prefs_bevel_size 0.05 prefs_wireframe_move 1 prefs_balloon_help 1 prefs_headlight 1 \
         prefs_fov 50 prefs_output_rib_header 1 prefs_fontpath font.vk prefs_pov_file_header "" \
         prefs_pov_use_object_data 0 prefs_window_label_xy "Front (XY)" \
