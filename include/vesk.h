@@ -481,4 +481,30 @@ void vk_register_internal_surface_filters(void);
 }
 #endif
 
+/* ------------------------------------------------------------------ */
+/* Whole-model import and export (C++ plug-ins)                        */
+/* ------------------------------------------------------------------ */
+
+/* What a C++ plug-in that reads or writes whole models needs besides the
+ * calls above: recording an import as one undoable step, selecting and
+ * showing what arrived, marking the model changed, the command result
+ * and texture names kept without an image.  These keep the program's own
+ * C++ linkage, so they are declared for C++ only. */
+#ifdef __cplusplus
+struct UndoRecord;
+/* The undo kind that takes added objects out again. */
+#define VK_UNDO_ADDED_OBJECTS 131072
+UndoRecord *new_undo(int kind, const char *label);
+void set_undo_objectlist(List *objects);
+void clear_selection(void);
+void select_objectlist(List *objects);
+int fit_selected_all(void);
+int redraw_all(void);
+void edit_mark_changed(void);
+/* Leaves "1" or "0" as the command result; returns ok. */
+int command_finish(int ok);
+/* The id of a texture file name kept in the table without reading it. */
+int texture_register_name(const char *filename);
+#endif
+
 #endif /* VESK_H */
