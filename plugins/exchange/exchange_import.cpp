@@ -225,6 +225,13 @@ static Object *convert_node(Converter *c, const aiNode *node, const aiMatrix4x4 
         tail_add(&kid_tail, kid);
         o->num_kids++;
     }
+    /* Empty nodes (the markers of some formats, cameras, groups left with
+     * nothing) have nothing to show in the model. */
+    if (!o->vertices && !o->kids) {
+        object_free(o);
+        c->counts->objects--;
+        return nullptr;
+    }
     return o;
 }
 
@@ -257,13 +264,31 @@ Object *exchange_convert_scene(const aiScene *scene, const char *directory, Impo
     return holder;
 }
 
-/* assimp's complaint, made into a sentence about the file. */
+/* The part of text after the first occurrence of marker, up to the next
+ * double quote; "" when marker is not there. */
+static std::string quoted_after(const std::string &text, const char *marker)
+{
+    size_t at = text.find(marker);
+    if (at == std::string::npos) return "";
+    size_t start = at + strlen(marker);
+    size_t end = text.find('"', start);
+    return text.substr(start, end == std::string::npos ? std::string::npos : end - start);
+}
+
+/* assimp's complaint, made into a sentence about the file: the common
+ * cases in plain words, the rest with assimp's own detail. */
 static std::string describe_failure(const char *what, const char *assimp_error)
 {
     std::string text = std::string("can't import ") + what + ": ";
-    std::string reason = assimp_error && *assimp_error ? assimp_error : "the file is not a model assimp can read";
+    std::string reason = assimp_error ? assimp_error : "";
     while (!reason.empty() && (reason.back() == '\n' || reason.back() == ' ' || reason.back() == '.')) reason.pop_back();
-    return text + reason;
+    std::string missing = quoted_after(reason, "could not open referenced file \"");
+    if (!missing.empty()) return text + "it needs the file " + missing + ", which is missing (" + reason + ")";
+    if (reason.empty() || reason.find("No suitable reader found") != std::string::npos)
+        return text + "it is not a model in a format that can be imported, or it is damaged";
+    if (reason.rfind("Validation failed: ", 0) == 0)
+        return text + "the file is damaged (" + reason.substr(strlen("Validation failed: ")) + ")";
+    return text + "the file is damaged or not what its name says (" + reason + ")";
 }
 
 static std::string directory_of(const char *filename)
