@@ -329,6 +329,40 @@ check "relative indices after a second object" [vesk object_get_vertices [object
     {{0 2 0} {1 3 0} {2 2 0}}
 check "same material shared by name" [lindex $edge 1] [lindex $s 1]
 
+# ---- diffuse textures ----
+
+proc write_file {file text} {
+    set fd [open $file w]
+    puts -nonewline $fd $text
+    close $fd
+}
+proc read_file {file} {
+    set fd [open $file r]
+    set text [read $fd]
+    close $fd
+    return $text
+}
+
+set texdir [file join $::scratch textured]
+file mkdir $texdir [file join $texdir out]
+file copy [file join $::tests_dir data images plain.gif] $texdir
+write_file [file join $texdir t.obj] "mtllib t.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nusemtl pic\nf 1/1 2/2 3/3\n"
+write_file [file join $texdir t.mtl] "newmtl pic\nKd 1 1 1\nmap_Kd plain.gif\n"
+reset_model
+run import_model [file join $texdir t.obj]
+check "textured OBJ imported" $::last_result 1
+run export_model [file join $texdir back.obj]
+check_match "the texture goes out by its name beside the file" [read_file [file join $texdir back.mtl]] \
+    "*\nmap_Kd plain.gif\n*"
+run export_model [file join $texdir out back.obj]
+check_match "and by its full name elsewhere" [read_file [file join $texdir out back.mtl]] \
+    "*\nmap_Kd [file join $texdir plain.gif]\n*"
+write_file [file join $texdir t.mtl] "newmtl pic\nKd 1 1 1\nmap_Kd missing.gif\n"
+reset_model
+set output [run import_model [file join $texdir t.obj]]
+check "a missing texture does not stop the import" $::last_result 1
+check_match "a missing texture is reported" $output "*texture*missing.gif*not found*"
+
 # ---- (d) round trips ----
 
 foreach {format suffix triangles meshes_rule} $export_formats {
