@@ -15,8 +15,11 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include <cctype>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <strings.h>
 #include <unordered_map>
 #include <sys/stat.h>
 #include <vector>
@@ -27,6 +30,9 @@ static const unsigned int import_flags = aiProcess_JoinIdenticalVertices | aiPro
 
 /* Nodes nested deeper than this are taken as damage, not as a model. */
 enum { MAX_NODE_DEPTH = 1000 };
+/* The most of a file looked at before it goes to assimp: a PLY header
+ * longer than this is taken as damage. */
+enum { PLY_HEADER_LIMIT = 1 << 20 };
 
 /* An exact position as a key: the object's vertices are shared by
  * position, as the program matches vertices everywhere (assimp keeps
@@ -291,6 +297,39 @@ static std::string describe_failure(const char *what, const char *assimp_error)
     return text + "the file is damaged or not what its name says (" + reason + ")";
 }
 
+/* Inputs that send assimp's own readers into an endless loop are
+ * refused before they reach it: a PLY header that never ends (assimp
+ * 5.2 searches for its end_header for ever).  Returns the reason, or
+ * null when the data may go to assimp.  data holds the start of the
+ * input (all of it when whole is set). */
+static const char *refused_before_reading(const char *data, size_t size, bool whole)
+{
+    /* assimp takes anything that starts with these letters for PLY. */
+    size_t first = 0;
+    while (first < size && std::isspace((unsigned char)data[first])) first++;
+    bool ply = size - first >= 3 && strncasecmp(data + first, "ply", 3) == 0;
+    if (!ply) return nullptr;
+    /* A line whose first word is end_header, as assimp looks for it. */
+    static const char marker[] = "end_header";
+    const size_t n = sizeof marker - 1;
+    bool line_start = true;
+    for (size_t i = 0; i < size; i++) {
+        char c = data[i];
+        if (c == '\n' || c == '\r') {
+            line_start = true;
+            continue;
+        }
+        if (line_start && (c == ' ' || c == '\t')) continue;
+        if (line_start && i + n <= size && memcmp(data + i, marker, n) == 0) {
+            char after = i + n < size ? data[i + n] : '\n';
+            if (after == '\n' || after == '\r' || after == ' ' || after == '\t' || after == '\0') return nullptr;
+        }
+        line_start = false;
+    }
+    return whole || size < PLY_HEADER_LIMIT ? "the file is damaged (its PLY header has no end)"
+                                            : "the file is damaged (its PLY header is far too long)";
+}
+
 static std::string directory_of(const char *filename)
 {
     std::string name(filename);
@@ -321,6 +360,19 @@ Object *exchange_read_file(const char *filename, ImportCounts *counts, std::stri
         *error = std::string("can't import ") + filename + ": no such file";
         return nullptr;
     }
+    std::vector<char> start(PLY_HEADER_LIMIT);
+    FILE *file = fopen(filename, "rb");
+    if (!file) {
+        *error = std::string("can't import ") + filename + ": " + strerror(errno);
+        return nullptr;
+    }
+    size_t got = fread(start.data(), 1, start.size(), file);
+    fclose(file);
+    const char *refusal = refused_before_reading(start.data(), got, got < start.size());
+    if (refusal) {
+        *error = std::string("can't import ") + filename + ": " + refusal;
+        return nullptr;
+    }
     Assimp::Importer importer;
     const aiScene *scene = importer.ReadFile(filename, import_flags);
     if (!scene) {
@@ -342,6 +394,11 @@ Object *exchange_read_memory(const void *data, size_t size, const char *hint, Im
 {
     if (!data || size == 0) {
         *error = "can't import: the data is empty";
+        return nullptr;
+    }
+    const char *refusal = refused_before_reading((const char *)data, size, true);
+    if (refusal) {
+        *error = std::string("can't import the data: ") + refusal;
         return nullptr;
     }
     Assimp::Importer importer;

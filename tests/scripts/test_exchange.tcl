@@ -435,6 +435,7 @@ foreach {file expected} {
     bad_json.gltf "*can't import*bad_json.gltf: it is not a model in a format that can be imported, or it is damaged*"
     not_a_model.glb "*can't import*not_a_model.glb: it is not a model*"
     no_such_file.obj "*can't import*no_such_file.obj: no such file*"
+    bad_endless_header.ply "*can't import*bad_endless_header.ply: the file is damaged (its PLY header has no end)*"
 } {
     set output [run import_model [file join $data $file]]
     check "$file: refused" $::last_result 0
