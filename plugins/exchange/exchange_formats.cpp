@@ -20,6 +20,8 @@ static const char *const preferred[][2] = {
     {"3ds", "3ds"},   {"json", "assjson"},    {"pbrt", "pbrt"},
 };
 
+enum { MAX_SUFFIX_TEXT = 1400 };
+
 /* Exporters whose files hold nothing but triangles. */
 static const char *const triangle_formats[] = {"stl", "stlb", "gltf", "glb", "gltf2", "glb2", "3mf", "3ds", "pbrt"};
 
@@ -108,7 +110,10 @@ std::string exchange_import_suffixes(void)
         /* Only plain suffixes: the text goes into a Tcl command as it is. */
         bool plain = item.size() > 1 && item[0] == '.';
         for (char c : item) plain = plain && (std::isalnum((unsigned char)c) || c == '.' || c == '_' || c == '-');
-        if (plain) out += (out.empty() ? "" : " ") + item;
+        /* The dialog's filter goes out in one Tcl command of 2048 bytes:
+         * a list longer than this is cut (the "All files" filter still
+         * offers the rest). */
+        if (plain && out.size() + item.size() < MAX_SUFFIX_TEXT) out += (out.empty() ? "" : " ") + item;
         start = end + 1;
     }
     return out;

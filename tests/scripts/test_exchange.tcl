@@ -363,6 +363,37 @@ set output [run import_model [file join $texdir t.obj]]
 check "a missing texture does not stop the import" $::last_result 1
 check_match "a missing texture is reported" $output "*texture*missing.gif*not found*"
 
+# ---- the menu entries' dialogs ----
+
+# The dialogs answer with a chosen file and keep the filters they got.
+proc get_opentexturename {title filters} {
+    set ::dialog [list $title $filters]
+    return $::next_file
+}
+proc get_savefilename {title filters} {
+    set ::dialog [list $title $filters]
+    return $::next_file
+}
+reset_model
+set ::next_file [file join $data other_tool.obj]
+run import_model_dialog
+check "import dialog: imported" $::last_result 1
+check "import dialog: the objects" [llength [vesk object_get_children [vesk get_world]]] 3
+set filters [lindex $::dialog 1]
+foreach suffix {.obj .ply .stl .gltf .glb .dae .fbx .3mf .3ds} {
+    check_true "import dialog offers $suffix" [expr {[lsearch -exact [lindex $filters 0 1] $suffix] >= 0}]
+}
+check "import dialog: all files too" [string trim [lindex $filters 1 1]] "*"
+set ::next_file ""
+run import_model_dialog
+check "import dialog: cancel does nothing" $::last_result 0
+set ::next_file [file join $::scratch from_dialog]
+run export_model_dialog glb2
+check "export dialog: written" $::last_result 1
+check "export dialog: the format's suffix added" [file exists [file join $::scratch from_dialog.glb]] 1
+check "export dialog: filtered by the suffix" [string trim [lindex $::dialog 1 0 1]] .glb
+check_match "export dialog: unknown format" [run export_model_dialog nope] "*unknown format 'nope'*"
+
 # ---- (d) round trips ----
 
 foreach {format suffix triangles meshes_rule} $export_formats {
