@@ -167,13 +167,52 @@ static Surface *convert_face(const aiMesh *mesh, const aiFace &face, const std::
     for (unsigned int k = 0; k < face.mNumIndices; k++) {
         /* A mirroring transform turns the winding over; reading the
          * corners backwards keeps the faces facing out. */
-        unsigned int i = face.mIndices[mirrored ? face.mNumIndices - 1 - k : k];
+        bool reverse = mirrored && face.mNumIndices >= 3;   /* lines face no way */
+        unsigned int i = face.mIndices[reverse ? face.mNumIndices - 1 - k : k];
         if (i >= vertices.size()) continue;   /* validation keeps these out; never trusted */
         SVertex *ref = new_svertex(vertices[i], uv ? uv[i].x : 0.0f, uv ? uv[i].y : 0.0f);
         last = list_add_item_fast(&s->vertrefs, last, ref);
         s->num_vertrefs++;
     }
     return s;
+}
+
+/* Formats and assimp hand over a polyline as its segments one by one;
+ * segments that follow on from each other become one line again, and a
+ * line that comes back to its start a closed line. */
+struct PolylineJoin {
+    Surface *line = nullptr;   /* the open line being extended, or null */
+    List *last_ref = nullptr;
+    Vertex *first = nullptr;
+};
+
+static void start_polyline(PolylineJoin *join, Surface *s)
+{
+    join->line = nullptr;
+    if (s->surface_kind != SURFACE_LINE || s->num_vertrefs != 2) return;
+    join->line = s;
+    join->last_ref = s->vertrefs->next;
+    join->first = ((SVertex *)s->vertrefs->item)->vertex;
+}
+
+/* 1 when the face was taken into the line being joined. */
+static int extend_polyline(PolylineJoin *join, const aiMesh *mesh, const aiFace &face,
+                           const std::vector<Vertex *> &vertices)
+{
+    if (!join->line || face.mNumIndices != 2) return 0;
+    unsigned int a = face.mIndices[0], b = face.mIndices[1];
+    if (a >= vertices.size() || b >= vertices.size()) return 0;
+    if (vertices[a] != ((SVertex *)join->last_ref->item)->vertex) return 0;
+    if (vertices[b] == join->first) {
+        join->line->surface_kind = SURFACE_CLOSED_LINE;
+        join->line = nullptr;
+        return 1;
+    }
+    const aiVector3D *uv = mesh->HasTextureCoords(0) ? mesh->mTextureCoords[0] : nullptr;
+    SVertex *ref = new_svertex(vertices[b], uv ? uv[b].x : 0.0f, uv ? uv[b].y : 0.0f);
+    join->last_ref = list_add_item_fast(&join->line->vertrefs, join->last_ref, ref);
+    join->line->num_vertrefs++;
+    return 1;
 }
 
 static void convert_mesh(Converter *c, const aiMesh *mesh, const aiMatrix4x4 &to_world, bool mirrored,
@@ -195,7 +234,9 @@ static void convert_mesh(Converter *c, const aiMesh *mesh, const aiMatrix4x4 &to
     int mat = material_palette_index(c, mesh->mMaterialIndex);
     int texture = material_texture(c, mesh->mMaterialIndex);
     if (texture && !o->texture && texture < 256) o->texture = (uint8_t)texture;
+    PolylineJoin join;
     for (unsigned int f = 0; f < mesh->mNumFaces; f++) {
+        if (extend_polyline(&join, mesh, mesh->mFaces[f], vertices)) continue;
         Surface *s = convert_face(mesh, mesh->mFaces[f], vertices, mat, mirrored);
         if (!s) {
             c->counts->skipped_points++;
@@ -204,6 +245,7 @@ static void convert_mesh(Converter *c, const aiMesh *mesh, const aiMatrix4x4 &to
         tail_add(surface_tail, s);
         o->num_surf++;
         c->counts->surfaces++;
+        start_polyline(&join, s);
     }
 }
 

@@ -114,6 +114,20 @@ proc polygon_signature {{corners_only 0}} {
     return [lsort $result]
 }
 
+# Each line as its kind and corner positions, the list sorted.
+proc line_signature {} {
+    set result {}
+    foreach id [all_objects] {
+        set vertices [vesk object_get_vertices $id]
+        foreach s [vesk object_get_surfaces $id] {
+            if {[lindex $s 0] == 0} { continue }
+            set corners [lmap ref [lrange $s 4 end] { format "%.4f %.4f %.4f" {*}[lindex $vertices [lindex $ref 0]] }]
+            lappend result [list [lindex $s 0] $corners]
+        }
+    }
+    return [lsort $result]
+}
+
 # The set of vertex positions, rounded to the given decimals.
 proc position_set {{decimals 5}} {
     set result {}
@@ -193,7 +207,9 @@ proc write_generated_model {file} {
         foreach r $refs { append text [join $r " "] "\n" }
     }
     append text "kids 1\nOBJECT poly\nname \"handle\"\nnumvert 4\n0 3 0\n1 3 0\n1 4 0\n0 4 0.5\n"
-    append text "numsurf 2\nSURF 0\nmat 1\nrefs 3\n0 0 0\n1 1 0\n2 1 1\nSURF 0\nmat 0\nrefs 3\n0 0 0\n2 1 1\n3 0 1\n"
+    append text "numsurf 4\nSURF 0\nmat 1\nrefs 3\n0 0 0\n1 1 0\n2 1 1\nSURF 0\nmat 0\nrefs 3\n0 0 0\n2 1 1\n3 0 1\n"
+    # A closed line round the handle and an open one along it.
+    append text "SURF 1\nmat 0\nrefs 4\n0 0 0\n1 0 0\n2 0 0\n3 0 0\nSURF 2\nmat 1\nrefs 3\n3 0 0\n1 0 0\n2 0 0\n"
     append text "kids 0\n"
     set fd [open $file w]
     puts -nonewline $fd $text
@@ -329,6 +345,16 @@ check "relative indices after a second object" [vesk object_get_vertices [object
     {{0 2 0} {1 3 0} {2 2 0}}
 check "same material shared by name" [lindex $edge 1] [lindex $s 1]
 
+# ---- lines and points ----
+
+reset_model
+set output [run import_model [file join $data lines_points.obj]]
+check "lines and points: imported" $::last_result 1
+check_match "a single point is left out and said so" $output "*1 objects, 4 vertices, 2 surfaces, 1 single points left out*"
+set wire [lindex [vesk object_get_children [vesk get_world]] 0]
+check "a polyline's segments make one line again" [lmap s [vesk object_get_surfaces $wire] { lindex $s 0 }] {2 0}
+check "the line's corners" [lmap r [lrange [lindex [vesk object_get_surfaces $wire] 0] 4 end] { lindex $r 0 }] {0 1 2 3}
+
 # ---- diffuse textures ----
 
 proc write_file {file text} {
@@ -400,6 +426,7 @@ foreach {format suffix triangles meshes_rule} $export_formats {
     load_model generated
     set positions [position_set]
     set signature [polygon_signature]
+    set lines [line_signature]
     set shape [surface_shape]
     set colours [polygon_colours]
     set names [lsort [lmap id [all_objects] { vesk object_get_name $id }]]
@@ -418,6 +445,7 @@ foreach {format suffix triangles meshes_rule} $export_formats {
     if {!$triangles} {
         check "$name: polygons with their corners, winding and texture coordinates" \
             [polygon_signature] $signature
+        check "$name: open and closed lines" [line_signature] $lines
     } else {
         set tris [sum [lmap n [lindex $shape 0] { expr {$n - 2} }]]
         check "$name: triangles" [llength [polygon_signature]] $tris
