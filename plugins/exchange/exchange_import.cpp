@@ -360,22 +360,15 @@ static const char *refused_before_reading(const char *data, size_t size, bool wh
     while (first < size && std::isspace((unsigned char)data[first])) first++;
     bool ply = size - first >= 3 && strncasecmp(data + first, "ply", 3) == 0;
     if (!ply) return nullptr;
-    /* A line whose first word is end_header, as assimp looks for it. */
+    /* A line that starts with the word end_header: lines end with a line
+     * feed (assimp runs on for ever over a header of carriage returns
+     * alone). */
     static const char marker[] = "end_header";
     const size_t n = sizeof marker - 1;
-    bool line_start = true;
-    for (size_t i = 0; i < size; i++) {
-        char c = data[i];
-        if (c == '\n' || c == '\r') {
-            line_start = true;
-            continue;
-        }
-        if (line_start && (c == ' ' || c == '\t')) continue;
-        if (line_start && i + n <= size && memcmp(data + i, marker, n) == 0) {
-            char after = i + n < size ? data[i + n] : '\n';
-            if (after == '\n' || after == '\r' || after == ' ' || after == '\t' || after == '\0') return nullptr;
-        }
-        line_start = false;
+    for (size_t i = 0; i + n <= size; i++) {
+        if ((i > 0 && data[i - 1] != '\n') || memcmp(data + i, marker, n) != 0) continue;
+        char after = i + n < size ? data[i + n] : '\n';
+        if (after == '\n' || after == '\r' || after == ' ' || after == '\t') return nullptr;
     }
     return whole || size < PLY_HEADER_LIMIT ? "the file is damaged (its PLY header has no end)"
                                             : "the file is damaged (its PLY header is far too long)";
