@@ -302,8 +302,11 @@ Object *exchange_convert_scene(const aiScene *scene, const char *directory, Impo
     Converter c = {scene, directory ? directory : "", std::vector<int>(scene->mNumMaterials, -1),
                    std::vector<int>(scene->mNumMaterials, -1), counts};
     const aiNode *root = scene->mRootNode;
-    /* A root without geometry only holds the model's parts: they become
-     * the top objects, each placed by the root's transform. */
+    /* The root only holds the model's parts when it has no geometry
+     * (named after the file for OBJ, made up by assimp as "<3DSRoot>",
+     * a Collada file's scene, the world of our own exports): its children
+     * become the top objects, placed by its transform.  (A glTF file with
+     * one top node has that node as the root: its name is not kept.) */
     if (root->mNumMeshes) {
         Object *o = convert_node(&c, root, aiMatrix4x4(), 0);
         if (o) object_add_child(holder, o);

@@ -345,6 +345,22 @@ check "relative indices after a second object" [vesk object_get_vertices [object
     {{0 2 0} {1 3 0} {2 2 0}}
 check "same material shared by name" [lindex $edge 1] [lindex $s 1]
 
+# ---- node transforms ----
+
+reset_model
+run import_model [file join $data transforms.gltf]
+check "transforms: imported" $::last_result 1
+# The root's transform places its children, which become the top objects.
+check "transforms: the nodes under the root" [tree] "0 moved 3 1\n0 mirrored 3 1\n"
+check "transforms: translation and scale of the node and its parent" \
+    [vesk object_get_vertices [object_named moved]] {{10 5 0} {12 5 0} {10 7 0}}
+check "transforms: a mirroring node" [vesk object_get_vertices [object_named mirrored]] {{10 0 0} {9 0 0} {10 1 0}}
+# Mirrored, the triangle would face away; its corners are taken backwards.
+check "transforms: the mirrored face keeps facing out" \
+    [lmap r [lrange [lindex [vesk object_get_surfaces [object_named mirrored]] 0] 4 end] { lindex $r 0 }] {2 1 0}
+check "transforms: the plain one in the file's order" \
+    [lmap r [lrange [lindex [vesk object_get_surfaces [object_named moved]] 0] 4 end] { lindex $r 0 }] {0 1 2}
+
 # ---- lines and points ----
 
 reset_model
