@@ -33,6 +33,14 @@ Object *exchange_read_memory(const void *data, size_t size, const char *hint, Im
  * looked for beside the file named by directory, when given). */
 Object *exchange_convert_scene(const aiScene *scene, const char *directory, ImportCounts *counts);
 
+/* The most of a file looked at before it goes to assimp. */
+enum { EXCHANGE_HEADER_LIMIT = 1 << 20 };
+/* Why an input must not reach assimp (which would loop for ever on it or
+ * allocate what the file can't justify), or null when it may.  data and
+ * size: the start of the input (all of it when whole is set); total_size:
+ * the whole input's size. */
+const char *exchange_refused_input(const char *data, size_t size, unsigned long long total_size, bool whole);
+
 /* What an export wrote, before the exporter's own post-processing. */
 struct ExportCounts {
     unsigned long meshes = 0;

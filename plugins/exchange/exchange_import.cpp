@@ -15,11 +15,9 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
-#include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <strings.h>
 #include <unordered_map>
 #include <sys/stat.h>
 #include <vector>
@@ -34,9 +32,6 @@ static const unsigned int import_flags = aiProcess_ValidateDataStructure;
 
 /* Nodes nested deeper than this are taken as damage, not as a model. */
 enum { MAX_NODE_DEPTH = 1000 };
-/* The most of a file looked at before it goes to assimp: a PLY header
- * longer than this is taken as damage. */
-enum { PLY_HEADER_LIMIT = 1 << 20 };
 
 /* An exact position as a key: the object's vertices are shared by
  * position, as the program matches vertices everywhere (assimp keeps
@@ -351,32 +346,6 @@ static std::string describe_failure(const char *what, const char *assimp_error)
     return text + "the file is damaged or not what its name says (" + reason + ")";
 }
 
-/* Inputs that send assimp's own readers into an endless loop are
- * refused before they reach it: a PLY header that never ends (assimp
- * 5.2 searches for its end_header for ever).  Returns the reason, or
- * null when the data may go to assimp.  data holds the start of the
- * input (all of it when whole is set). */
-static const char *refused_before_reading(const char *data, size_t size, bool whole)
-{
-    /* assimp takes anything that starts with these letters for PLY. */
-    size_t first = 0;
-    while (first < size && std::isspace((unsigned char)data[first])) first++;
-    bool ply = size - first >= 3 && strncasecmp(data + first, "ply", 3) == 0;
-    if (!ply) return nullptr;
-    /* A line that starts with the word end_header: lines end with a line
-     * feed (assimp runs on for ever over a header of carriage returns
-     * alone). */
-    static const char marker[] = "end_header";
-    const size_t n = sizeof marker - 1;
-    for (size_t i = 0; i + n <= size; i++) {
-        if ((i > 0 && data[i - 1] != '\n') || memcmp(data + i, marker, n) != 0) continue;
-        char after = i + n < size ? data[i + n] : '\n';
-        if (after == '\n' || after == '\r' || after == ' ' || after == '\t') return nullptr;
-    }
-    return whole || size < PLY_HEADER_LIMIT ? "the file is damaged (its PLY header has no end)"
-                                            : "the file is damaged (its PLY header is far too long)";
-}
-
 static std::string directory_of(const char *filename)
 {
     std::string name(filename);
@@ -407,7 +376,7 @@ Object *exchange_read_file(const char *filename, ImportCounts *counts, std::stri
         *error = std::string("can't import ") + filename + ": no such file";
         return nullptr;
     }
-    std::vector<char> start(PLY_HEADER_LIMIT);
+    std::vector<char> start(EXCHANGE_HEADER_LIMIT);
     FILE *file = fopen(filename, "rb");
     if (!file) {
         *error = std::string("can't import ") + filename + ": " + strerror(errno);
@@ -415,7 +384,7 @@ Object *exchange_read_file(const char *filename, ImportCounts *counts, std::stri
     }
     size_t got = fread(start.data(), 1, start.size(), file);
     fclose(file);
-    const char *refusal = refused_before_reading(start.data(), got, got < start.size());
+    const char *refusal = exchange_refused_input(start.data(), got, (unsigned long long)st.st_size, got < start.size());
     if (refusal) {
         *error = std::string("can't import ") + filename + ": " + refusal;
         return nullptr;
@@ -443,7 +412,7 @@ Object *exchange_read_memory(const void *data, size_t size, const char *hint, Im
         *error = "can't import: the data is empty";
         return nullptr;
     }
-    const char *refusal = refused_before_reading((const char *)data, size, true);
+    const char *refusal = exchange_refused_input((const char *)data, size, size, true);
     if (refusal) {
         *error = std::string("can't import the data: ") + refusal;
         return nullptr;

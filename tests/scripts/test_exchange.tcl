@@ -511,6 +511,8 @@ foreach {file expected} {
     not_a_model.glb "*can't import*not_a_model.glb: it is not a model*"
     no_such_file.obj "*can't import*no_such_file.obj: no such file*"
     bad_endless_header.ply "*can't import*bad_endless_header.ply: the file is damaged (its PLY header has no end)*"
+    bad_huge_counts.ply "*can't import*bad_huge_counts.ply: the file is damaged (its PLY header promises more than the file holds)*"
+    bad_huge_counts_binary.ply "*can't import*bad_huge_counts_binary.ply: the file is damaged (its PLY header promises more*"
 } {
     set output [run import_model [file join $data $file]]
     check "$file: refused" $::last_result 0
