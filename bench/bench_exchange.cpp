@@ -15,6 +15,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -74,7 +75,8 @@ static void time_export(const char *label, const std::string &file, const char *
         return;
     }
     /* glTF keeps its data in a .bin file beside the .gltf. */
-    double mb = file_mb(file) + file_mb(file.substr(0, file.rfind('.')) + ".bin");
+    double mb = file_mb(file);
+    if (strcmp(format, "gltf2") == 0) mb += file_mb(file.substr(0, file.rfind('.')) + ".bin");
     fprintf(report, "  %-22s %7.2f s  (%.1f MB, %lu faces)\n", label, t1 - t0, mb, counts.faces);
 }
 
