@@ -114,6 +114,11 @@ proc polygon_signature {{corners_only 0}} {
     return [lsort $result]
 }
 
+# Every distinct polygon corner "x y z u v", sorted.
+proc corner_set {} {
+    return [lsort -unique [concat {*}[polygon_signature]]]
+}
+
 # Each line as its kind and corner positions, the list sorted.
 proc line_signature {} {
     set result {}
@@ -443,6 +448,7 @@ foreach {format suffix triangles meshes_rule} $export_formats {
     set positions [position_set]
     set signature [polygon_signature]
     set lines [line_signature]
+    set corners [corner_set]
     set shape [surface_shape]
     set colours [polygon_colours]
     set names [lsort [lmap id [all_objects] { vesk object_get_name $id }]]
@@ -465,6 +471,9 @@ foreach {format suffix triangles meshes_rule} $export_formats {
     } else {
         set tris [sum [lmap n [lindex $shape 0] { expr {$n - 2} }]]
         check "$name: triangles" [llength [polygon_signature]] $tris
+        if {$format in {gltf2 glb2}} {
+            check "$name: corners with their texture coordinates" [corner_set] $corners
+        }
     }
     if {$format in {obj collada gltf2 glb2}} {
         check "$name: colours" [llength [lsort -unique [polygon_colours]]] [llength [lsort -unique $colours]]
