@@ -101,7 +101,7 @@ int main(int argc, char **argv)
     if (!time_import("import PLY", argv[2])) return 1;
     ExportCounts counts;
     double t0 = now();
-    delete exchange_build_scene(world, "obj", &counts);
+    delete exchange_build_scene(world, "obj", nullptr, &counts);
     fprintf(report, "  %-22s %7.2f s  (of each export: the model as an assimp scene)\n", "scene for export", now() - t0);
     time_export("export OBJ", dir + "/vesk_out.obj", "obj");
     time_export("export glTF 2.0", dir + "/vesk_out.gltf", "gltf2");

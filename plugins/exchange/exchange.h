@@ -61,8 +61,9 @@ int exchange_format_needs_triangles(const char *format);
 std::string exchange_import_suffixes(void);
 
 /* Builds an assimp scene of the objects under root (the world, or a
- * subtree).  The caller deletes it. */
-aiScene *exchange_build_scene(Object *root, const char *format, ExportCounts *counts);
+ * subtree) for the given exporter; texture names are made relative to
+ * the directory of filename when it is given.  The caller deletes it. */
+aiScene *exchange_build_scene(Object *root, const char *format, const char *filename, ExportCounts *counts);
 /* Writes the model under root to filename in the given assimp format,
  * through temporary files renamed into place only when every file was
  * written.  Returns 1, or 0 with a message in *error (earlier files are
