@@ -171,7 +171,7 @@ int exchange_write_file(Object *root, const char *filename, const char *format, 
     if (result != aiReturn_SUCCESS || !log.error.empty() || log.files.empty()) {
         remove_temporaries(log);
         if (!log.error.empty()) *error = log.error;
-        else *error = std::string("can't export ") + filename + ": " + (assimp_error.empty() ? "the exporter failed" : assimp_error);
+        else *error = std::string("can't export ") + filename + ": " + (assimp_error.empty() ? "assimp's exporter gave up without saying why" : assimp_error);
         *error += " - any earlier file is left as it was";
         return 0;
     }

@@ -562,6 +562,20 @@ check "an empty model is not written" $::last_result 0
 check_match "and says so" $output "*no surfaces to write*"
 set fd [open $target r]; set now [read $fd]; close $fd
 check "the earlier file is intact" $now $original
+
+# An exporter that fails half-way (assimp's FBX text writer gives up on a
+# name with a double quote in it) leaves the earlier file as it was.
+set fbx [file join $::scratch keep.fbx]
+load_model cube_assimp.3ds
+run export_model $fbx fbxa
+check "FBX text written" $::last_result 1
+set fd [open $fbx r]; set original [read $fd]; close $fd
+load_model model.vk
+set output [run export_model $fbx fbxa]
+check "a failing exporter is reported" $::last_result 0
+check_match "with what happened" $output "*can't export *keep.fbx: assimp's exporter gave up*earlier file is left as it was*"
+set fd [open $fbx r]; set now [read $fd]; close $fd
+check "the earlier FBX file is intact" $now $original
 check "no temporary files are left" [glob -nocomplain -directory $::scratch -types {f hidden} .*vesk-part*] {}
 check "export usage" [string trim [run export_model "" ""]] \
     "export_model: no file name given - usage: export_model <file> ?format?"
