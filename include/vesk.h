@@ -530,6 +530,28 @@ void create_texture_menu(void);
 void set_undo_surface_colour(void);
 void vk_register_internal_surface_filters(void);
 
+/* ------------------------------------------------------------------ */
+/* Whole-model import and export                                       */
+/* ------------------------------------------------------------------ */
+
+/* What a plug-in that reads or writes whole models needs besides the
+ * calls above: recording an import as one undoable step, selecting and
+ * showing what arrived, marking the model changed, the command result
+ * and texture names kept without an image. */
+struct UndoRecord;
+/* The undo kind that takes added objects out again. */
+#define VK_UNDO_ADDED_OBJECTS 131072
+struct UndoRecord *new_undo(int kind, const char *label);
+void set_undo_objectlist(List *objects);
+void clear_selection(void);
+void select_objectlist(List *objects);
+int fit_selected_all(void);
+void edit_mark_changed(void);
+/* Leaves "1" or "0" as the command result; returns ok. */
+int command_finish(int ok);
+/* The id of a texture file name kept in the table without reading it. */
+int texture_register_name(const char *filename);
+
 #ifdef __cplusplus
 }
 #endif

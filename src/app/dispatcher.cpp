@@ -185,6 +185,8 @@ static int convert_arguments(Command *c, char **words, ArgSlot *args)
         case 'd': args[i].d = word_to_int(words[i]); break;
         case 'f': args[i].f = (float)strtod(words[i], nullptr); break;
         case 's': args[i].s = words[i]; break;
+        /* An optional last string: null when the word was left out. */
+        case 'o': args[i].s = words[i]; break;
         default:
             console_printf("error - internal command - unknown parameter type - tell Orlo\n");
             return 0;
@@ -208,6 +210,7 @@ static void call_command(void *context)
     else if (!strcmp(t, "f")) as<int (*)(float)>(f)(a[0].f);
     else if (!strcmp(t, "s")) as<int (*)(char *)>(f)(a[0].s);
     else if (!strcmp(t, "sd")) as<int (*)(char *, int)>(f)(a[0].s, a[1].d);
+    else if (!strcmp(t, "so")) as<int (*)(char *, char *)>(f)(a[0].s, a[1].s);
     else if (!strcmp(t, "ff")) as<int (*)(float, float)>(f)(a[0].f, a[1].f);
     else if (!strcmp(t, "fff")) as<int (*)(float, float, float)>(f)(a[0].f, a[1].f, a[2].f);
     else if (!strcmp(t, "ffffff"))
@@ -224,6 +227,13 @@ static void call_command(void *context)
     }
 }
 
+/* A template ending in "o" lets the last word be left out. */
+static bool has_optional_last(const Command *c)
+{
+    size_t n = c->template_ ? strlen(c->template_) : 0;
+    return c->numargs > 0 && n == (size_t)c->numargs && c->template_[n - 1] == 'o';
+}
+
 /* Checks and converts the words, then calls the command.  Returns 0 when
  * the words did not fit the command. */
 static int prepare_call(Command *c, int argc, char **argv, CommandCall *call)
@@ -231,7 +241,7 @@ static int prepare_call(Command *c, int argc, char **argv, CommandCall *call)
     debugf("executing command '%s', numargs %d params %s usage %s desc \"%s\"\n", c->name,
            c->numargs, c->template_ ? c->template_ : "(null)", c->usage ? c->usage : "(null)",
            c->description ? c->description : "(null)");
-    if (argc - 1 != c->numargs) {
+    if (argc - 1 != c->numargs && !(argc == c->numargs && has_optional_last(c))) {
         char message[MESSAGE_BUFFER];
         snprintf(message, sizeof message,
                  "incorrect number of args for %s (should be %d, got %d) - usage:\n    %s", c->name,
@@ -241,7 +251,11 @@ static int prepare_call(Command *c, int argc, char **argv, CommandCall *call)
         return 0;
     }
     if (c->numargs < 0 || c->numargs > MAX_COMMAND_WORDS - 1) return 0;
-    if (!convert_arguments(c, argv + 1, call->args)) return 0;
+    /* A left-out optional word reads as null (the word list ends with
+     * one, as argv does). */
+    char *words[MAX_COMMAND_WORDS] = {};
+    for (int i = 1; i < argc; i++) words[i - 1] = argv[i];
+    if (!convert_arguments(c, words, call->args)) return 0;
     call->command = c;
     init_ui();
     return 1;

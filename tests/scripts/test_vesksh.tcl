@@ -15,14 +15,14 @@ check_match "stub says not available" [capture_console {vesk write_massive x.msv
 set listing [vesk list]
 set lines [split [string trimright $listing "\n"] "\n"]
 # The program's added commands come first, then those of the plug-ins it
-# loaded at start (the sample plug-ins built beside it), then the 142
+# loaded at start (the plug-ins built beside it, in name order), then the 142
 # rows of the built-in table.
 set added [list new_model open_vk merge_vk revert_vk open_backup_vk autosave_now recovery_files \
                recover_file discard_recovery_file redo undo_history command_available fit_3d pick_3d pick_3d_query \
                undo_to plugin_load_all]
 check "added commands first" [lmap line [lrange $lines 0 [llength $added]-1] {lindex $line 0}] $added
 set plugin_commands [lmap line [lrange $lines [llength $added] end-142] {lindex $line 0}]
-check "then the plug-ins' commands" $plugin_commands {model_statistics}
+check "then the plug-ins' commands" $plugin_commands {import_model export_model import_model_dialog export_model_dialog model_statistics}
 set builtins [lrange $lines end-141 end]
 check "first row" [lindex $builtins 0] "add_text <string text> "
 check "group row" [lindex $builtins 30] "group group group selected objects"

@@ -455,6 +455,33 @@ TEST_F(Dispatcher, EveryCallShapeGetsItsValues)
     EXPECT_EQ(r.out.rfind("\aunknown arg template dd for command test_dd\ntemplates are: ", 0), 0u);
 }
 
+/* "so": a file name and an optional word (null when left out). */
+static std::string got_so_first, got_so_second;
+static int h_so(char *first, char *second)
+{
+    calls++;
+    got_so_first = first ? first : "<null>";
+    got_so_second = second ? second : "<null>";
+    return 0;
+}
+
+TEST_F(Dispatcher, AnOptionalLastWord)
+{
+    add("test_so", FN(h_so), 2, "so");
+    EXPECT_EQ(run({"test_so", "a.obj", "obj"}).result, 1);
+    EXPECT_EQ(got_so_first, "a.obj");
+    EXPECT_EQ(got_so_second, "obj");
+    EXPECT_EQ(run({"test_so", "b.stl"}).result, 1);
+    EXPECT_EQ(got_so_first, "b.stl");
+    EXPECT_EQ(got_so_second, "<null>");
+    EXPECT_EQ(calls, 2);
+    /* Only the last word may be left out. */
+    EXPECT_EQ(run({"test_so"}).result, 0);
+    EXPECT_EQ(run({"test_so", "a", "b", "c"}).result, 0);
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(result_text(), "incorrect number of args for test_so (should be 2, got 3) - usage:\n    <usage>");
+}
+
 TEST_F(Dispatcher, AddedCommandsComeFirst)
 {
     /* An added command hides the built-in of the same name. */
