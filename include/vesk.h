@@ -318,7 +318,8 @@ void print_material(Material *material);
 /* ------------------------------------------------------------------ */
 
 /* A command function.  The dispatcher calls it with the arguments its
- * template names: "d" int, "f" float, "s" char *; so a function for the
+ * template names: "d" int, "f" float, "s" char *, and a last "o" a
+ * char * that may be left out (null then); so a function for the
  * template "sd" is int f(char *, int), cast to this type when it is
  * registered.  The return value is ignored. */
 typedef void (*vk_command_function)(void);
@@ -358,6 +359,8 @@ VK_TYPED_COMMAND(d, 1, "d", int)
 VK_TYPED_COMMAND(f, 1, "f", float)
 VK_TYPED_COMMAND(s, 1, "s", char *)
 VK_TYPED_COMMAND(sd, 2, "sd", char *, int)
+/* A string and an optional string: null when the word is left out. */
+VK_TYPED_COMMAND(so, 2, "so", char *, char *)
 VK_TYPED_COMMAND(ff, 2, "ff", float, float)
 VK_TYPED_COMMAND(fff, 3, "fff", float, float, float)
 VK_TYPED_COMMAND(ffffff, 6, "ffffff", float, float, float, float, float, float)

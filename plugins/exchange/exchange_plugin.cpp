@@ -9,8 +9,6 @@
 
 #include <string>
 
-#define CMDFN(f) reinterpret_cast<vk_command_function>(&(f))
-
 /* ---- import ---- */
 
 /* Hangs the holder's children under the world (one walk to the world's
@@ -147,14 +145,14 @@ static int command_export_model_dialog(char *format)
 extern "C" int vesk_plugin_init(void)
 {
     import_suffixes = exchange_import_suffixes();
-    vk_add_command_full("import_model", CMDFN(command_import_model), 1, "s", "<file>",
+    vk_add_command_s("import_model", command_import_model, "<file>",
                         "add the models of a file in any format assimp reads (OBJ, FBX, glTF, Collada, PLY, STL...)");
-    vk_add_command_full("export_model", CMDFN(command_export_model), 2, "so", "<file> ?format?",
+    vk_add_command_so("export_model", command_export_model, "<file> ?format?",
                         "write the model with assimp; format is an exporter id (obj, stlb, stl, ply, gltf2, glb2, "
                         "collada, 3mf...), by default the one for the file's suffix");
-    vk_add_command_full("import_model_dialog", CMDFN(command_import_model_dialog), 0, nullptr, nullptr,
+    vk_add_command_none("import_model_dialog", command_import_model_dialog, nullptr,
                         "choose a model file of any format assimp reads and add its models");
-    vk_add_command_full("export_model_dialog", CMDFN(command_export_model_dialog), 1, "s", "<format>",
+    vk_add_command_s("export_model_dialog", command_export_model_dialog, "<format>",
                         "choose a file and write the model to it in one of the formats of the Export menu");
     vk_add_import_menu_item("Model: OBJ, FBX, glTF, Collada, PLY, STL... (assimp)...", "vesk import_model_dialog");
     for (const ExportEntry &e : export_entries) {
