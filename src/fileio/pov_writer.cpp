@@ -77,7 +77,9 @@ void write_header(TextOut *out)
     }
     text_out_string(out, "// POV-Ray 3.7 scene written by VESK\n");
     text_out_string(out, "#version 3.7;\n\n");
-    text_out_string(out, "global_settings { assumed_gamma 1.0 ambient_light rgb <1, 1, 1> }\n\n");
+    /* The 3D view shows the palette's numbers as they are; a gamma of
+     * 2.2 makes POV-Ray do the same. */
+    text_out_string(out, "global_settings { assumed_gamma 2.2 ambient_light rgb <1, 1, 1> }\n\n");
     text_out_string(out, "background { color ");
     put_rgb(out, prefs.col_3dbackground);
     text_out_string(out, " }\n\n");
