@@ -335,6 +335,14 @@ TEST_F(SceneWriters, PovRichModelRendersWithTexturesSmoothShadingLinesAndLights)
         EXPECT_GT(lit_pixels(p, 0, 0, 64, 48), 200);
     }
 
+    /* A PNG texture (from the test images) gives a png image map. */
+    std::string home = getenv("VESK_HOME") ? getenv("VESK_HOME") : ".";
+    std::string png = dir.file("rgb.png");
+    write_file(png, read_file(home + "/tests/data/images/rgb.png"));
+    ((Object *)world->kids->item)->texture = (uint8_t)texture_register_name(png.c_str());
+    render_model("rich_png", &p, &text);
+    EXPECT_TRUE(contains(text, "image_map { png \"" + png + "\""));
+
     add_lights();
     render_model("rich_lights", &p, &text);
     EXPECT_TRUE(contains(text, "parallel point_at"));
