@@ -44,7 +44,7 @@ void put_dvector(TextOut *out, const double *v)
 
 void put_rgb(TextOut *out, long colour)
 {
-    float c[3];
+    float c[4];   /* the conversion fills in an alpha too */
     long_rgb_to_floatv(colour, c);
     text_out_string(out, "rgb ");
     put_vector(out, c);
