@@ -131,7 +131,8 @@ proc builtin_command_names {} {
     set f [open [file join $::tests_dir .. src app command_table.cpp] r]
     set text [read $f]
     close $f
-    return [regexp -all -inline -line {^\s*\{"([^"]+)",} $text]
+    # Rows are COMMAND_ROW("name", function, ...).
+    return [regexp -all -inline -line {^\s*COMMAND_ROW\("([^"]+)",} $text]
 }
 
 set names {}
