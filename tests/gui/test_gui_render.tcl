@@ -3,7 +3,8 @@
 # background, the status line shows the progress, and the picture opens
 # in a window of its own at the 3D view's size, showing the model.  With
 # povray not on the path the user is told which Debian package to
-# install.  Skipped where povray is missing.
+# install.  File > Export writes the renderer and world formats.
+# Skipped where povray is missing.
 source [file join [file dirname [info script]] gui_lib.tcl]
 
 if {[auto_execok povray] eq ""} {
@@ -55,6 +56,32 @@ check_true "the picture is on the screen" [expr {[colour_count $screen $px $py $
 click_widget .povray_render.close
 check_true "the window closes" [wait_remote {![winfo exists .povray_render]}]
 check "the picture is freed" [remote {lsearch -exact [image names] ::vesk::ops::povray_image}] -1
+
+# File > Export offers the renderer and world formats, each dialog
+# filtered by its suffix (the dialog is answered by a stand-in).
+remote "proc ::vesk::ops::choose_save_file {title types extension} {
+    set ::dialog_types \$types
+    return \[file join [list $::scratch] out\$extension\]
+}"
+foreach {label suffix header} {
+    "POV-Ray..." .pov "// POV-Ray 3.7 scene written by VESK"
+    "RenderMan..." .rib "##RenderMan RIB"
+    "DIVE..." .vr "/\* DIVE world written by VESK \*/"
+    "Massive..." .massive "VESK-MASSIVE 1"
+    "DVS..." .dvs "VESK-DVS 1"
+} {
+    set file [file join $::scratch out$suffix]
+    file delete -force $file
+    remote ".mbar.file.menu.export invoke [list $label]; update"
+    check_true "export $label: dialog filtered by $suffix" [string match "*$suffix*" [remote {set ::dialog_types}]]
+    check_true "export $label: file written" [file exists $file]
+    if {[file exists $file]} {
+        set fd [open $file r]
+        set first [gets $fd]
+        close $fd
+        check_true "export $label: first line ($first)" [string match $header $first]
+    }
+}
 
 # Without povray on the path: a message box naming the package (the
 # test driver's plug-in turns message boxes off; here one is wanted).
