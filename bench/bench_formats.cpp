@@ -5,7 +5,8 @@
  *  - import of a 3DS file exported by assimp from the same mesh, beside
  *    `assimp info` of that file in the same run (the target: our import
  *    no slower);
- *  - export with each writer (VRML 2.0, VRML 1.0, Inventor, triangle),
+ *  - export with each writer (VRML 2.0, VRML 1.0, Inventor, triangle,
+ *    POV-Ray, RIB, DIVE, MASSIVE, DVS),
  *    in seconds and MB/s;
  *  - import of the VRML 1.0 and triangle files written.
  *   bench_formats [directory]        default: /tmp
@@ -16,6 +17,7 @@
 #include "fileio/reader_3ds.h"
 #include "fileio/tri_file.h"
 #include "fileio/vrml1_reader.h"
+#include "fileio/scene_writers.h"
 #include "fileio/vrml_writer.h"
 
 #include <chrono>
@@ -179,6 +181,22 @@ static void bench_export(const std::string &dir)
             if (!normals && (w.write == write_vrml1 || w.write == write_tri_file)) reimport(path, w.name, mb);
             remove(path.c_str());
         }
+    }
+    /* The renderer and world formats, which have no normals switch. */
+    const Writer scene_writers[] = {{"POV-Ray", "/vesk_bench.pov", write_pov_file},
+                                    {"RIB", "/vesk_bench.rib", write_rib_file},
+                                    {"DIVE", "/vesk_bench.vr", write_dive_file},
+                                    {"MASSIVE", "/vesk_bench.massive", write_massive_file},
+                                    {"DVS", "/vesk_bench.dvs", write_dvs_file}};
+    for (const Writer &w : scene_writers) {
+        std::string path = dir + w.file;
+        double t = now();
+        int ok = w.write(path.c_str());
+        double elapsed = now() - t;
+        double mb = file_mb(path);
+        fprintf(report, "export %-8s: %.3f s, %.1f MB, %.1f MB/s%s\n", w.name, elapsed, mb, mb / elapsed,
+                ok ? "" : " (FAILED)");
+        remove(path.c_str());
     }
 }
 

@@ -182,9 +182,9 @@ proc ::vesk::main::build_file_menu {m} {
         "Inventor..." iv write_inventor
         "POV-Ray..." pov write_POV
         "RenderMan..." rib write_rib
-        "DIVE..." any write_dive
-        "Massive..." any write_massive
-        "DVS..." any write_dvs
+        "DIVE..." dive write_dive
+        "Massive..." massive write_massive
+        "DVS..." dvs write_dvs
         "Triangle..." tri write_tri
     } {
         $e add command -label $label \
@@ -405,6 +405,8 @@ proc ::vesk::main::build_tools_menu {m} {
     }
     $m add separator
     $m add checkbutton -label "Keep the draw tool after each shape" -variable ::keep_draw_tool
+    $m add separator
+    $m add command -label "Render with POV-Ray" -command ::vesk::ops::render_povray
     $m add separator
     $m add command -label "Console..." -command ::vesk::ops::console
     $m add checkbutton -label "Scripting socket" -variable ::vesk::ops::socket_on \

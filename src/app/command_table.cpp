@@ -23,6 +23,7 @@
 #include "texture/texture_table.h"
 #include "view/background.h"
 #include "fileio/exchange_commands.h"
+#include "fileio/scene_writers.h"
 
 
 Command builtin_commands[] = {
@@ -157,14 +158,14 @@ Command builtin_commands[] = {
     COMMAND_ROW("undo", UNDO, 0, nullptr, nullptr, "undo"),
     COMMAND_ROW("unhide", show_all, 0, nullptr, nullptr, "undo"),
     COMMAND_ROW("unselect_by_name", unselect_by_name, 1, "s", "<string object_name>", "remove objects with this name from the selection"),
-    COMMAND_ROW("write_dive", not_available_s, 1, "s", "<filename>", "Write a Dive format file"),
+    COMMAND_ROW("write_dive", command_write_dive, 1, "s", "<filename>", "Write a Dive format file"),
     COMMAND_ROW("write_inventor", command_write_inventor, 1, "s", "<filename>", "Write an Inventor 2.1 format file"),
-    COMMAND_ROW("write_massive", not_available_s, 1, "s", "<filename>", "Write a Massive format file"),
+    COMMAND_ROW("write_massive", command_write_massive, 1, "s", "<filename>", "Write a Massive format file"),
     COMMAND_ROW("write_vrml", command_write_vrml, 1, "s", "<filename>", "Write a VRML 1.0 format file"),
     COMMAND_ROW("write_vrml2", command_write_vrml2, 1, "s", "<filename>", "Write a VRML 2.0 format file"),
-    COMMAND_ROW("write_rib", not_available_s, 1, "s", "<filename>", "Write a Renderman format file"),
-    COMMAND_ROW("write_POV", not_available_s, 1, "s", "<filename>", "Write a Povray format file"),
-    COMMAND_ROW("write_dvs", not_available_s, 1, "s", "<filename>", "Write a DVS format file"),
+    COMMAND_ROW("write_rib", write_rib, 1, "s", "<filename>", "Write a Renderman format file"),
+    COMMAND_ROW("write_POV", write_POV, 1, "s", "<filename>", "Write a Povray format file"),
+    COMMAND_ROW("write_dvs", command_write_dvs, 1, "s", "<filename>", "Write a DVS format file"),
     COMMAND_ROW("write_tri", write_tri, 1, "s", "<filename>", "Write a triangle format file"),
     COMMAND_ROW("zoom_in", zoom_in, 0, nullptr, nullptr, nullptr),
     COMMAND_ROW("zoom_out", zoom_out, 0, nullptr, nullptr, nullptr),

@@ -112,6 +112,7 @@ proc builtin_command_names {} {
     set f [open [file join $::tests_dir .. src app command_table.cpp] r]
     set text [read $f]
     close $f
+    # Rows are COMMAND_ROW("name", function, ...).
     return [regexp -all -inline -line {^\s*COMMAND_ROW\("([^"]+)",} $text]
 }
 
