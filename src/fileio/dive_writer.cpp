@@ -82,7 +82,8 @@ void write_light(TextOut *out, const Light *light, int depth)
     const float *c = light->object.centre;
     double d[3] = {light->direction[0], light->direction[1], light->direction[2]};
     double length = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
-    int directed = (light->light_type == 1 || light->light_type == 3) && std::isfinite(length) && length > 0;
+    int directed = (light->light_type == LIGHT_INFINITE || light->light_type == LIGHT_SPOT) && std::isfinite(length) &&
+                   length > 0;
     if (directed) {
         /* Rows of the rotation: x and y across the direction, z along
          * it. */
@@ -103,14 +104,16 @@ void write_light(TextOut *out, const Light *light, int depth)
         }
         text_out_char(out, '\n');
     }
-    if (light->light_type != 1) {
+    if (light->light_type != LIGHT_INFINITE) {
         indent(out, depth);
         text_out_string(out, "translation ");
         put_v(out, c);
         text_out_char(out, '\n');
     }
     indent(out, depth);
-    const char *kind = light->light_type == 1 && directed ? "DLIGHT" : light->light_type == 3 && directed ? "SLIGHT" : "PLIGHT";
+    const char *kind = light->light_type == LIGHT_INFINITE && directed ? "DLIGHT"
+                       : light->light_type == LIGHT_SPOT && directed ? "SLIGHT"
+                                                                     : "PLIGHT";
     text_out_string(out, "light { ");
     text_out_string(out, kind);
     text_out_string(out, " ambient ");

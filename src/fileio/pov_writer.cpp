@@ -132,7 +132,7 @@ int write_light(TextOut *out, const Light *light, const PovScene &scene)
     scene_put_one_line(out, light->object.name);
     text_out_string(out, "\nlight_source {\n  ");
     switch (light->light_type) {
-    case 1: {
+    case LIGHT_INFINITE: {
         /* A light at infinity: placed far out along its direction, its
          * rays parallel. */
         double d[3] = {light->direction[0], light->direction[1], light->direction[2]};
@@ -149,7 +149,7 @@ int write_light(TextOut *out, const Light *light, const PovScene &scene)
         text_out_string(out, "\n  parallel point_at <0, 0, 0>\n}\n\n");
         return 1;
     }
-    case 3:
+    case LIGHT_SPOT:
         put_vector(out, c);
         write_light_colour(out, light);
         if (light->spot_cutoff > 0.0f && light->spot_cutoff < 90.0f) {

@@ -120,7 +120,7 @@ int write_light(TextOut *out, const Light *light, int id, const RibScene &scene)
     text_out_string(out, "# light ");
     scene_put_one_line(out, light->object.name);
     text_out_char(out, '\n');
-    if (light->light_type == 1) {
+    if (light->light_type == LIGHT_INFINITE) {
         put_light_start(out, "distantlight", id);
         text_out_string(out, " \"from\" ");
         put_array3(out, light->direction);
@@ -128,7 +128,7 @@ int write_light(TextOut *out, const Light *light, int id, const RibScene &scene)
         put_light_colour(out, light);
         return 1;
     }
-    if (light->light_type == 3 && light->spot_cutoff > 0.0f && light->spot_cutoff < 90.0f) {
+    if (light->light_type == LIGHT_SPOT && light->spot_cutoff > 0.0f && light->spot_cutoff < 90.0f) {
         float to[3] = {c[0] + light->direction[0], c[1] + light->direction[1], c[2] + light->direction[2]};
         put_light_start(out, "spotlight", id);
         text_out_string(out, " \"from\" ");
