@@ -57,8 +57,8 @@ static std::string export_notes_text(const char *format)
     return notes;
 }
 
-static int run_export(char *filename, const char *command, const char *format, int (*writer)(const char *),
-                      int is_tri)
+int run_export_command(char *filename, const char *command, const char *format, int (*writer)(const char *),
+                       std::string (*notes)(const char *format))
 {
     if (command_lacks_filename(filename, command)) return command_finish(0);
     display_message("writing %s file %s...", format, filename);
@@ -67,35 +67,42 @@ static int run_export(char *filename, const char *command, const char *format, i
                         filename);
         return command_finish(0);
     }
-    std::string notes = export_notes_text(format);
-    if (is_tri && model_has_more_than_triangles()) {
-        notes += notes.empty() ? "" : "; ";
-        notes += "triangle file keeps no hierarchy, names or texture coordinates";
-    }
-    if (notes.empty()) {
+    std::string left_out = notes(format);
+    if (left_out.empty()) {
         display_message("written %s file %s", format, filename);
     } else {
-        display_message("written %s file %s (%s)", format, filename, notes.c_str());
+        display_message("written %s file %s (%s)", format, filename, left_out.c_str());
     }
     return command_finish(1);
 }
 
+/* A triangle file also loses everything but the triangles. */
+static std::string tri_notes_text(const char *format)
+{
+    std::string notes = export_notes_text(format);
+    if (model_has_more_than_triangles()) {
+        notes += notes.empty() ? "" : "; ";
+        notes += "triangle file keeps no hierarchy, names or texture coordinates";
+    }
+    return notes;
+}
+
 int command_write_vrml2(char *filename)
 {
-    return run_export(filename, "write_vrml2", "VRML 2.0", write_vrml2, 0);
+    return run_export_command(filename, "write_vrml2", "VRML 2.0", write_vrml2, export_notes_text);
 }
 
 int command_write_vrml(char *filename)
 {
-    return run_export(filename, "write_vrml", "VRML 1.0", write_vrml1, 0);
+    return run_export_command(filename, "write_vrml", "VRML 1.0", write_vrml1, export_notes_text);
 }
 
 int command_write_inventor(char *filename)
 {
-    return run_export(filename, "write_inventor", "Inventor", write_inventor, 0);
+    return run_export_command(filename, "write_inventor", "Inventor", write_inventor, export_notes_text);
 }
 
 int write_tri(char *filename)
 {
-    return run_export(filename, "write_tri", "triangle", write_tri_file, 1);
+    return run_export_command(filename, "write_tri", "triangle", write_tri_file, tri_notes_text);
 }

@@ -31,16 +31,6 @@
 
 namespace {
 
-void put_string(TextOut *out, const char *text)
-{
-    text_out_char(out, '"');
-    for (const char *p = text ? text : ""; *p; p++) {
-        if (*p == '"' || *p == '\\') text_out_char(out, '\\');
-        text_out_char(out, (unsigned char)*p < 32 ? ' ' : *p);
-    }
-    text_out_char(out, '"');
-}
-
 void put_colour(TextOut *out, const char *key, const float *rgb)
 {
     text_out_char(out, ' ');
@@ -111,7 +101,7 @@ void write_object(TextOut *out, Object *o, long number, long parent)
     text_out_string(out, " parent ");
     text_out_int(out, parent);
     text_out_string(out, " name ");
-    put_string(out, o->name);
+    scene_put_quoted(out, o->name);
     text_out_string(out, " vertices ");
     text_out_int(out, (long long)lists.vertices.size());
     text_out_string(out, " polygons ");
@@ -119,7 +109,7 @@ void write_object(TextOut *out, Object *o, long number, long parent)
     text_out_string(out, " lines ");
     text_out_int(out, (long long)lines.size());
     text_out_string(out, " texture ");
-    put_string(out, texture);
+    scene_put_quoted(out, texture);
     text_out_char(out, '\n');
     for (Vertex *v : lists.vertices) {
         text_out_string(out, "v ");

@@ -51,16 +51,6 @@ void put_rgb(TextOut *out, long colour)
 }
 
 /* A string literal: POV-Ray reads backslash escapes in strings. */
-void put_string(TextOut *out, const char *text)
-{
-    text_out_char(out, '"');
-    for (const char *p = text; *p; p++) {
-        if (*p == '"' || *p == '\\') text_out_char(out, '\\');
-        text_out_char(out, (unsigned char)*p < 32 ? ' ' : *p);
-    }
-    text_out_char(out, '"');
-}
-
 double average3(const float *v)
 {
     return ((double)v[0] + v[1] + v[2]) / 3.0;
@@ -346,7 +336,7 @@ void write_texture_list(TextOut *out, const MeshPlan &p, const char *image, cons
         text_out_string(out, "texture { uv_mapping pigment { image_map { ");
         text_out_string(out, type);
         text_out_char(out, ' ');
-        put_string(out, image);
+        scene_put_quoted(out, image);
         text_out_string(out, " interpolate 2 } } finish { VESK_Finish_");
         text_out_int(out, m);
         text_out_string(out, " } }");

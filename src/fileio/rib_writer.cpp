@@ -28,16 +28,6 @@ struct RibScene {
     double size;   /* the diagonal of the model's box (1 when empty) */
 };
 
-void put_string(TextOut *out, const char *text)
-{
-    text_out_char(out, '"');
-    for (const char *p = text ? text : ""; *p; p++) {
-        if (*p == '"' || *p == '\\') text_out_char(out, '\\');
-        text_out_char(out, (unsigned char)*p < 32 ? ' ' : *p);
-    }
-    text_out_char(out, '"');
-}
-
 /* "[a b c]" */
 void put_array3(TextOut *out, const float *v)
 {
@@ -97,7 +87,7 @@ void write_camera(TextOut *out, const RibScene &scene)
 void put_light_start(TextOut *out, const char *shader, int id)
 {
     text_out_string(out, "LightSource ");
-    put_string(out, shader);
+    scene_put_quoted(out, shader);
     text_out_char(out, ' ');
     text_out_int(out, id);
 }
@@ -198,7 +188,7 @@ void write_shading(TextOut *out, int mat, const char *texture)
     put_array1(out, 1.0 / std::min(128.0, std::max(1.0, (double)m->shininess)));
     if (texture) {
         text_out_string(out, " \"texturename\" ");
-        put_string(out, texture);
+        scene_put_quoted(out, texture);
     }
     text_out_char(out, '\n');
 }
@@ -319,7 +309,7 @@ void write_object(TextOut *out, Object *o, const RibScene &scene)
     text_out_string(out, "AttributeBegin\n");
     if (o->name && o->name[0]) {
         text_out_string(out, "  Attribute \"identifier\" \"name\" [");
-        put_string(out, o->name);
+        scene_put_quoted(out, o->name);
         text_out_string(out, "]\n");
     }
     if (prefs.rib_use_object_data && o->data && o->data[0]) {
@@ -371,7 +361,7 @@ void write_body(TextOut *out, void *data)
     int header = prefs.output_rib_header;
     if (header) {
         text_out_string(out, "Display ");
-        put_string(out, picture_name(scene.filename).c_str());
+        scene_put_quoted(out, picture_name(scene.filename).c_str());
         text_out_string(out, " \"file\" \"rgba\"\n");
         write_camera(out, scene);
         text_out_string(out, "WorldBegin\n");

@@ -6,6 +6,7 @@
  */
 #include "app/commands.h"
 #include "fileio/scene_writers.h"
+#include "fileio/exchange_commands.h"
 
 #include <string>
 
@@ -32,20 +33,7 @@ static std::string scene_notes_text(void)
 
 static int run_scene_export(char *filename, const char *command, const char *format, int (*writer)(const char *))
 {
-    if (command_lacks_filename(filename, command)) return command_finish(0);
-    display_message("writing %s file %s...", format, filename);
-    if (!writer(filename)) {
-        display_message("%s export failed: can't write %s - see the console; an earlier file is unchanged", format,
-                        filename);
-        return command_finish(0);
-    }
-    std::string notes = scene_notes_text();
-    if (notes.empty()) {
-        display_message("written %s file %s", format, filename);
-    } else {
-        display_message("written %s file %s (%s)", format, filename, notes.c_str());
-    }
-    return command_finish(1);
+    return run_export_command(filename, command, format, writer, [](const char *) { return scene_notes_text(); });
 }
 
 int write_POV(char *filename)

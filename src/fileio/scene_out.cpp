@@ -70,6 +70,16 @@ void scene_put_one_line(TextOut *out, const char *text)
     for (const char *p = text ? text : ""; *p; p++) text_out_char(out, (unsigned char)*p < 32 ? ' ' : *p);
 }
 
+void scene_put_quoted(TextOut *out, const char *text)
+{
+    text_out_char(out, '"');
+    for (const char *p = text ? text : ""; *p; p++) {
+        if (*p == '"' || *p == '\\') text_out_char(out, '\\');
+        text_out_char(out, (unsigned char)*p < 32 ? ' ' : *p);
+    }
+    text_out_char(out, '"');
+}
+
 void scene_surface_refs(const VrmlObjectLists *lists, Surface *s, std::vector<SVertex *> *refs)
 {
     refs->clear();

@@ -30,6 +30,9 @@ void scene_put_triple(TextOut *out, const float *v, const char *sep);
 /* Text on one line: line breaks and other control characters become
  * blanks, so that a name can stand in a comment. */
 void scene_put_one_line(TextOut *out, const char *text);
+/* The text in double quotes, a quote or backslash escaped by a backslash
+ * and control characters as blanks (null as ""). */
+void scene_put_quoted(TextOut *out, const char *text);
 
 /* The palette entry a surface is drawn with: numbers out of range fall
  * back to entry 0, as the palette itself does. */
