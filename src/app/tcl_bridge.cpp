@@ -3,6 +3,10 @@
  * to the scripts is passed as separate words wherever it comes from the
  * model or the user (messages, labels), so that quotes, brackets and
  * dollar signs in a file name or message are shown, never evaluated.
+ * The commands formatted with tcl_command carry numbers and fixed words
+ * only, with one exception: the plug-in menu and dialog calls
+ * (plugin_calls.cpp) insert the plug-in's texts unescaped, as plug-ins
+ * have always been told, so those texts must not hold double quotes.
  */
 #include "app/tcl_bridge.h"
 #include "edit/model_check.h"
