@@ -439,11 +439,13 @@ static void redo_model(RedoEntry *e)
     if (kind != UNDO_SNAPSHOT_128 && kind != UNDO_SNAPSHOT_512 && kind != UNDO_UNGROUP && kind != UNDO_REMOVE_SURFACE)
         kind = UNDO_SNAPSHOT;
     start_record(e, kind);
-    set_undo_all();
     clear_selection();
-    object_delete(world);
+    /* The model this replaces is the redone step's "before": the new
+     * record keeps it rather than a copy of it. */
+    Object *replaced = world;
     world = e->done_model;
     e->done_model = nullptr;
+    set_undo_all_taking(replaced);
     scan_lights();
 }
 

@@ -13,6 +13,8 @@
  * an edit that kept no undo can never reach freed memory.
  */
 #include "edit/undo.h"
+#include "edit/model_state.h"
+#include "core/internal.h"
 #include "edit/redo.h"
 #include "edit/object_ops.h"
 #include "edit/selection.h"
@@ -276,6 +278,14 @@ void set_undo_all(void)
     /* An exact copy: a copy that matched references by position would
      * merge coincident vertices and give back a different model. */
     current->world_snapshot = copy_object_exact(world);
+}
+
+void set_undo_all_taking(Object *replaced)
+{
+    if (!current || !replaced) return;
+    if (current->world_snapshot) object_free(current->world_snapshot);
+    for (Object *o : model_walk(replaced)) object_handle_release(o);
+    current->world_snapshot = replaced;
 }
 
 /* Takes the selected top-level objects out of the world, in selection

@@ -76,6 +76,10 @@ void set_undo_selection(List *vertices, List *objects, int hand_over);
 void set_undo_surface(Surface *surface);
 void set_undo_partselected(void);
 void set_undo_all(void);
+/* Like set_undo_all for a caller that replaces the whole world with
+ * another model: the record keeps the replaced model itself as its
+ * snapshot (its objects' ids no longer find them) instead of a copy. */
+void set_undo_all_taking(Object *replaced);
 int set_undo_delete_selection(void);
 void set_undo_resize(const float *a, const float *b, const float *c, const float *d);
 void set_undo_rotate(int view, const float *centre, float angle);

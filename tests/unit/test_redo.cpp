@@ -41,9 +41,10 @@ TEST_F(RedoTest, RedoneMoveIsExact)
     EXPECT_EQ(redo_label(), nullptr);
 }
 
-/* A snapshot's undo hands the model it replaces to the redo list rather
- * than copying it first: the redone model is that very model, and while
- * it waits its objects' ids find nothing. */
+/* A snapshot's undo hands the model it replaces to the redo list, and a
+ * redo hands the model it replaces to its new record, rather than either
+ * copying: the models go back and forth themselves, and while one waits
+ * its objects' ids find nothing. */
 TEST_F(RedoTest, SnapshotRedoTakesBackTheReplacedModel)
 {
     Object *o = add_square(world);
@@ -53,15 +54,20 @@ TEST_F(RedoTest, SnapshotRedoTakesBackTheReplacedModel)
     uint32_t id = object_handle(o);
     auto done = points_of(o);
     UNDO();
-    EXPECT_NE(world, done_world);
+    Object *before_world = world;
+    EXPECT_NE(before_world, done_world);
     EXPECT_EQ(object_from_handle(id), nullptr);
     EXPECT_EQ(redo_count, 1);
     EXPECT_EQ(REDO(), 1);
     EXPECT_EQ(world, done_world); /* not a copy */
     EXPECT_TRUE(same_bits(done, points_of(o)));
     EXPECT_EQ(undo_count, 1);
+    /* The redone record kept the model the redo replaced: undoing it
+     * brings back that very model, again without a copy. */
     UNDO();
+    EXPECT_EQ(world, before_world);
     EXPECT_EQ(REDO(), 1);
+    EXPECT_EQ(world, done_world);
     EXPECT_TRUE(same_bits(done, points_of(o)));
     /* Dropping the list frees the waiting model (the leak checker of the
      * sanitizer build watches this). */
