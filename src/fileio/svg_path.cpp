@@ -261,7 +261,8 @@ int svg_parse_path(const char *d, int steps, std::vector<SvgOutline> *out, std::
         }
         double v[7];
         if (!scan_arguments(&p, command, v)) {
-            *error = "path data: bad or missing number at offset " + std::to_string(token - d);
+            /* p stands after the last number read: the bad token is next. */
+            *error = "path data: bad or missing number at offset " + std::to_string(skip_separators(p) - d);
             ok = false;
             break;
         }
