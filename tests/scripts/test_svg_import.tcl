@@ -353,6 +353,14 @@ ET.ElementTree(svg).write(sys.argv[1], xml_declaration=True, encoding="UTF-8")
     check "generated: colours" [list [colour_of 1] [colour_of 3] [colour_of 0]] {{0.20 0.40 0.60} {0.80 0.20 0.00} {0.00 0.00 0.00}}
 }
 
+# ---- the logo among the test files (also the fuzz target's seed) ----
+quiet_new_model
+set output [capture_console { set result [vesk import_vector [file join $::tests_dir data formats logo.svg]] }]
+check "logo imported" $result 1
+check "logo: no notes" [string match "*import_vector:*" $output] 0
+check "logo: objects (a group without an id has no name)" [lmap o [all_objects] { vesk object_get_name $o }] {logo letters ring {}}
+check "logo: surface kinds, the drawing's own first" [lmap s [surfaces] { lindex $s 0 }] {2 2 2 1 2 0 2 0 0 1 0 0}
+
 # ---- undo and the status ----
 quiet_new_model
 quietly { vesk import_vector [svg_file twice {<rect width="1" height="1"/>}] }
