@@ -110,6 +110,12 @@ void arc(PathState *s, double rx, double ry, double rotation, bool large, bool s
     double cx = cp * cx1 - sp * cy1 + (p0.x + p.x) / 2, cy = sp * cx1 + cp * cy1 + (p0.y + p.y) / 2;
     double theta = angle_between(1, 0, (x1 - cx1) / rx, (y1 - cy1) / ry);
     double delta = angle_between((x1 - cx1) / rx, (y1 - cy1) / ry, (-x1 - cx1) / rx, (-y1 - cy1) / ry);
+    /* Radii so large that their squares overflow: a straight line. */
+    if (!std::isfinite(theta) || !std::isfinite(delta) || !std::isfinite(cx) || !std::isfinite(cy)) {
+        add_point(s, p);
+        s->point = p;
+        return;
+    }
     if (!sweep && delta > 0) delta -= 2 * M_PI;
     if (sweep && delta < 0) delta += 2 * M_PI;
     int quarters = (int)std::ceil(std::fabs(delta) / (M_PI / 2) - 1e-9);

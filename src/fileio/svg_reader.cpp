@@ -305,11 +305,16 @@ int add_shape(Reader *r, Target *t, xmlNode *node, const SvgMatrix &m, const Sty
     if (!shape_outlines(r, node, &outlines)) return 1;
     bool fillable = !named(node, "line") && !style.fill.none;
     for (const SvgOutline &o : outlines) {
+        int ok = 1;
         if (fillable && o.points.size() >= 3) {
-            if (!add_outline(r, t, m, o, SURFACE_POLYGON, style.fill.rgb)) return 0;
+            ok = add_outline(r, t, m, o, SURFACE_POLYGON, style.fill.rgb);
         } else if (!style.stroke.none) {
             int kind = o.closed && o.points.size() >= 3 ? SURFACE_CLOSED_LINE : SURFACE_LINE;
-            if (!add_outline(r, t, m, o, kind, style.stroke.rgb)) return 0;
+            ok = add_outline(r, t, m, o, kind, style.stroke.rgb);
+        }
+        if (!ok) {
+            r->error = element_label(node) + ": " + r->error;
+            return 0;
         }
     }
     return 1;
