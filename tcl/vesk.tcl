@@ -162,7 +162,7 @@ proc ::vesk::main::build_file_menu {m} {
         "Alias triangle..." tri import_alias_tri
         "Triangle..." tri import_tri
         "Lightwave..." lwo import_lightwave
-        "Vector..." any import_vector
+        "Vector drawing (SVG)..." svg import_vector
         "VRML 1..." wrl import_vrml
         "Inventor..." iv import_inventor
     } {

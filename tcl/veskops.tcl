@@ -44,6 +44,7 @@ namespace eval ::vesk::ops {
         lwo      {{{Lightwave files} {.lwo .lws}} {{All files} *}}
         wrl      {{{VRML files} {.wrl}} {{All files} *}}
         iv       {{{Inventor files} {.iv}} {{All files} *}}
+        svg      {{{SVG drawings} {.svg}} {{All files} *}}
         pov      {{{POV-Ray files} {.pov}} {{All files} *}}
         rib      {{{RenderMan files} {.rib}} {{All files} *}}
         dive     {{{DIVE worlds} {.vr}} {{All files} *}}

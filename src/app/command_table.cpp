@@ -66,7 +66,7 @@ Command builtin_commands[] = {
     COMMAND_ROW("import_alias_tri", command_import_alias_tri, 1, "s", "<filename>", "load an Alias Triangle file"),
     COMMAND_ROW("import_tri", command_import_tri, 1, "s", "<filename>", "load a Triangle file"),
     COMMAND_ROW("import_lightwave", not_available_s, 1, "s", "<filename>", "load a Lightwave file"),
-    COMMAND_ROW("import_vector", not_available_s, 1, "s", "<filename>", "load a Vector file"),
+    COMMAND_ROW("import_vector", command_import_vector, 1, "s", "<filename>", "load a Vector file"),
     COMMAND_ROW("import_vrml", import_vrml, 1, "s", "<filename>", "load a VRML 1 file"),
     COMMAND_ROW("import_inventor", import_vrml, 1, "s", "<filename>", "load an Inventor file"),
     COMMAND_ROW("get_info", command_get_info, 0, nullptr, nullptr, "get details about current model"),

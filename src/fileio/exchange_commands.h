@@ -24,5 +24,6 @@ int command_import_tri(char *filename);
 int command_import_3ds(char *filename);
 int command_import_alias_tri(char *filename);
 int import_vrml(char *filename);
+int command_import_vector(char *filename);
 
 #endif

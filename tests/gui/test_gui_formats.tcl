@@ -77,6 +77,14 @@ foreach {label file suffix message} [list \
     check_true "import $label: status line" [string match $message [remote {set ::vesk::main::message}]]
 }
 
+# The SVG drawing, filtered by .svg.
+set label "Vector drawing (SVG)..."
+set before [object_count]
+remote "set ::next_file [list [file join $::src tests data formats logo.svg]]; $import invoke [list $label]; update"
+check_true "import $label: dialog filtered by .svg" [string match "*.svg*" [remote {set ::dialog_types}]]
+check_true "import $label: objects added" [expr {[object_count] > $before}]
+check_true "import $label: status line" [string match "imported *logo.svg" [remote {set ::vesk::main::message}]]
+
 # A file that is not what its menu says changes nothing and says so.
 set before [object_count]
 remote "set ::next_file [list $tri]; $import invoke {3D Studio...}; update"

@@ -9,7 +9,13 @@ check "no words result" $r ""
 check "unknown command result" [vesk no_such_command] "command not found"
 check_match "wrong count result" [vesk move 1 2] "incorrect number of args for move (should be 3, got 2) - usage:*<float x> <float y> <float z>"
 check_match "too many words" [capture_console {vesk a b c d e f g h i j k l m n o p q r s t u}] "*max number of command parameters exceeded*"
-check_match "stub says not available" [capture_console {vesk import_vector x.vec}] "*command 'import_vector' is not available yet*"
+# A command of the table that this build does not have yet, if any is left.
+foreach stub {import_dxf import_lightwave} {
+    if {![vesk command_available $stub]} {
+        check_match "stub says not available" [capture_console {vesk $stub x.vec}] "*command '$stub' is not available yet*"
+        break
+    }
+}
 
 # --- command listing ---
 set listing [vesk list]
