@@ -63,7 +63,8 @@ def blocks(doc, msp):
     b.add_3dface([(0, 0, 0), (1, 0, 0), (0, 1, 0)], dxfattribs={"layer": "0", "color": 0})
     b.add_line((0, 0, 0), (1, 0, 0), dxfattribs={"layer": "LINES"})
     c = doc.blocks.new("C", base_point=(1, 1, 0))
-    c.add_blockref("B", (1, 1, 0))
+    # By block: the face inside takes the colour of the insert of C.
+    c.add_blockref("B", (1, 1, 0), dxfattribs={"color": 0})
     msp.add_blockref("B", (10, 0, 0), dxfattribs={"layer": "INS", "rotation": 90, "xscale": 2, "yscale": 2})
     msp.add_blockref("C", (0, 20, 0), dxfattribs={"layer": "INS", "color": 1})
 
