@@ -181,6 +181,8 @@ public:
     std::string current_block;
     bool in_block = false;
     bool skip_block = false;           /* the block's entities are not wanted (paper space) */
+    long recorded = 0;                 /* points of the entities kept */
+    bool too_big = false;              /* more of them than a drawing may have */
 
     void addLayer(const DL_LayerData &data) override
     {
@@ -359,6 +361,11 @@ private:
         if (!in_block && getAttributes().isInPaperSpace()) return;
         for (const DxfPoint &p : e.points) {
             if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) return skip();
+        }
+        recorded += (long)e.points.size();
+        if (recorded > DXF_MAX_VERTICES) {
+            too_big = true;
+            return;
         }
         if (in_block) drawing.blocks[current_block].entities.push_back(std::move(e));
         else drawing.model.push_back(std::move(e));
@@ -542,9 +549,11 @@ void feed(const std::vector<Group> &groups, DL_Dxf *dxf, Recorder *rec)
     std::string section, kind;
     bool passing = false;
     int vertex_flags = 0;
+    long lw_points = 0;
     std::vector<int> face(4, 0);
     for (size_t i = 0; i < groups.size(); i++) {
         const Group &g = groups[i];
+        if (rec->too_big) return;
         if (g.code == 999) continue;
         if (g.code != 0) {
             if (kind == "SECTION" && g.code == 2) section = g.value;
@@ -552,13 +561,11 @@ void feed(const std::vector<Group> &groups, DL_Dxf *dxf, Recorder *rec)
             std::string value = g.value;
             if (kind == "VERTEX" && g.code == 70) vertex_flags = (int)int_value(value);
             if (kind == "VERTEX" && g.code >= 71 && g.code <= 74) face[g.code - 71] = (int)int_value(value);
-            if (kind == "LWPOLYLINE" && g.code == 90) {
-                /* The library makes room for the stated count: state only
-                 * the points the entity really has. */
-                long points = 0;
-                for (size_t k = i + 1; k < groups.size() && groups[k].code != 0; k++) points += groups[k].code == 10;
-                value = std::to_string(points);
-            }
+            /* The library makes room for the stated count: state only the
+             * points the entity really has. */
+            if (kind == "LWPOLYLINE" && g.code == 90) value = std::to_string(lw_points);
+            /* Negative codes belong to programs, not files. */
+            if (g.code < 0) continue;
             pass_group(dxf, rec, g.code, value);
             continue;
         }
@@ -580,6 +587,10 @@ void feed(const std::vector<Group> &groups, DL_Dxf *dxf, Recorder *rec)
         pass_group(dxf, rec, 0, passing ? g.value : std::string("VESK_SKIPPED"));
         if (rec->polyline_open() && (rec->polyline_is_lw() || g.value != "VERTEX")) rec->finish_polyline();
         kind = g.value;
+        if (kind == "LWPOLYLINE") {
+            lw_points = 0;
+            for (size_t k = i + 1; k < groups.size() && groups[k].code != 0; k++) lw_points += groups[k].code == 10;
+        }
         vertex_flags = 0;
         face.assign(4, 0);
     }
@@ -608,6 +619,10 @@ void read_dxf_text(const char *text, size_t size, const char *name, DxfResult *r
         return;
     } catch (...) {
         result->error = "the DXF library could not read the file";
+        return;
+    }
+    if (rec.too_big) {
+        result->error = "the drawing has more than " + std::to_string((long)DXF_MAX_VERTICES) + " points";
         return;
     }
     groups.clear();
