@@ -232,6 +232,25 @@ set top [lindex [kids [vesk get_world]] 0]
 check "CRLF: paper space left out" [names $top] {W}
 check "CRLF: the line" [corners [child_named $top W] 0] {{0.0000 0.0000 0.0000} {1.0000 2.0000 3.0000}}
 
+# Entities in their own coordinate systems, arrays of inserts and a
+# bulge the other way.
+reset_model
+set ocs [blocks {0 BLOCK 2 Q 10 0 20 0 30 0 0 LINE 8 0 10 0 20 0 30 0 11 1 21 0 31 0 0 ENDBLK} {
+    0 CIRCLE 8 O 10 5 20 0 30 0 40 1 210 0 220 0 230 -1
+    0 LWPOLYLINE 8 X 90 2 70 0 38 5 10 1 20 2 10 3 20 4 210 1 220 0 230 0
+    0 LWPOLYLINE 8 NEG 90 2 70 0 10 0 20 0 42 -1 10 2 20 0
+    0 INSERT 8 ARR 2 Q 10 0 20 0 30 0 70 2 71 2 44 10 45 20
+}]
+check "OCS: read" [run import_dxf [write_file ocs.dxf $ocs]] 1
+set top [lindex [kids [vesk get_world]] 0]
+check "OCS: circle seen from below" \
+    [list [has_point [child_named $top O] -4 0 0] [has_point [child_named $top O] -6 0 0]] {1 1}
+check "OCS: outline on the YZ plane at its elevation" [corners [child_named $top X] 0] \
+    {{5.0000 1.0000 2.0000} {5.0000 3.0000 4.0000}}
+check "negative bulge bulges clockwise" [has_point [child_named $top NEG] 1 1 0] 1
+check "insert array: 2 x 2" [lsort [lmap i {0 1 2 3} { lindex [corners [child_named $top ARR] $i] 0 }]] \
+    [lsort {{0.0000 0.0000 0.0000} {10.0000 0.0000 0.0000} {0.0000 20.0000 0.0000} {10.0000 20.0000 0.0000}}]
+
 check "no file name" [run import_dxf ""] 0
 
 finish
