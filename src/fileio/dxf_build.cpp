@@ -12,6 +12,8 @@
 #include <cmath>
 #include <unordered_map>
 
+long dxf_point_limit = DXF_MAX_VERTICES;
+
 namespace {
 
 /* An affine transformation: p' = m * p + t, m row major. */
@@ -117,8 +119,8 @@ long entity_colour(const Builder *b, const DxfEntity &e, const std::string &laye
 
 bool add_shapes(Builder *b, const DxfEntity &e, const Affine &a, const std::string &layer, long colour)
 {
-    if (b->vertices + (long)e.points.size() > DXF_MAX_VERTICES) {
-        b->error = "the drawing expands to more than " + std::to_string((long)DXF_MAX_VERTICES) +
+    if (b->vertices + (long)e.points.size() > dxf_point_limit) {
+        b->error = "the drawing expands to more than " + std::to_string(dxf_point_limit) +
                    " points (block inserts nested too often?)";
         return false;
     }
@@ -193,8 +195,8 @@ bool add_insert(Builder *b, const DxfEntity &e, const Affine &a, const std::stri
     b->active.push_back(&found->first);
     for (long r = 0; r < in.rows; r++) {
         for (long c = 0; c < in.cols; c++) {
-            if (++b->inserts > DXF_MAX_VERTICES) {
-                b->error = "the drawing inserts blocks more than " + std::to_string((long)DXF_MAX_VERTICES) + " times";
+            if (++b->inserts > dxf_point_limit) {
+                b->error = "the drawing inserts blocks more than " + std::to_string(dxf_point_limit) + " times";
                 return false;
             }
             Affine placed = affine_compose(a, insert_affine(in, found->second.base, c, r));

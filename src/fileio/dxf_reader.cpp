@@ -304,7 +304,7 @@ public:
         if (!poly.open) return skip();
         /* Spline frame control points are not on the curve. */
         if (!poly.lw && (dxf->getIntValue(70, 0) & 16)) return;
-        if (poly.vertices.size() >= DXF_MAX_VERTICES) return;
+        if ((long)poly.vertices.size() >= dxf_point_limit) return;
         poly.vertices.push_back({{d.x, d.y, d.z}, d.bulge});
     }
 
@@ -312,7 +312,7 @@ public:
      * sign marking an invisible edge. */
     void add_polyface_record(const std::vector<int> &indices)
     {
-        if (!poly.open || poly.faces.size() >= DXF_MAX_VERTICES) return;
+        if (!poly.open || (long)poly.faces.size() >= dxf_point_limit) return;
         poly.faces.push_back(indices);
     }
 
@@ -363,7 +363,7 @@ private:
             if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) return skip();
         }
         recorded += (long)e.points.size();
-        if (recorded > DXF_MAX_VERTICES) {
+        if (recorded > dxf_point_limit) {
             too_big = true;
             return;
         }
@@ -622,7 +622,7 @@ void read_dxf_text(const char *text, size_t size, const char *name, DxfResult *r
         return;
     }
     if (rec.too_big) {
-        result->error = "the drawing has more than " + std::to_string((long)DXF_MAX_VERTICES) + " points";
+        result->error = "the drawing has more than " + std::to_string(dxf_point_limit) + " points";
         return;
     }
     groups.clear();

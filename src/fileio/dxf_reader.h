@@ -15,8 +15,12 @@
 
 /* Block inserts nested deeper than this are refused. */
 enum { DXF_MAX_INSERT_DEPTH = 32 };
-/* A drawing that expands to more vertices than this is refused. */
+/* A drawing that expands to more vertices (or block instances) than
+ * this is refused. */
 enum { DXF_MAX_VERTICES = 4000000 };
+/* The limit in force: DXF_MAX_VERTICES unless lowered (the fuzz target
+ * lowers it so that each input stays quick). */
+extern long dxf_point_limit;
 
 /* The packed 0x00RRGGBB colour of an AutoCAD Colour Index number. */
 long dxf_aci_to_rgb(int aci);
