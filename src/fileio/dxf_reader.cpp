@@ -163,6 +163,7 @@ struct PolyVertex {
 struct PendingPolyline {
     bool open = false;
     bool lw = false;
+    bool paper_space = false;
     int flags = 0;
     int m = 0, n = 0;
     double elevation = 0;
@@ -292,6 +293,7 @@ public:
         poly = PendingPolyline();
         poly.entity = e;
         poly.open = true;
+        poly.paper_space = getAttributes().isInPaperSpace();
         poly.lw = dispatching == "LWPOLYLINE";
         poly.flags = d.flags;
         poly.m = dxf->getIntValue(71, 0);
@@ -327,7 +329,8 @@ public:
         poly.vertices.clear();
         poly.faces.clear();
         if (e.faces.empty()) return skip();
-        store(e);
+        /* The library has moved on to the next entity's attributes. */
+        store(e, poly.paper_space);
     }
 
     bool polyline_open() const { return poly.open; }
@@ -355,10 +358,12 @@ private:
 
     void skip() { drawing.skipped++; }
 
-    void store(DxfEntity &e)
+    void store(DxfEntity &e) { store(e, getAttributes().isInPaperSpace()); }
+
+    void store(DxfEntity &e, bool paper_space)
     {
         if (in_block && skip_block) return;
-        if (!in_block && getAttributes().isInPaperSpace()) return;
+        if (!in_block && paper_space) return;
         for (const DxfPoint &p : e.points) {
             if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) return skip();
         }

@@ -226,10 +226,16 @@ check_match "huge counts: the unknown entity is counted" $::output "*skipped*"
 
 # Paper space and windows line ends.
 reset_model
-set crlf [string map [list \n \r\n] [entities {0 LINE 8 W 10 0 20 0 30 0 11 1 21 2 31 3 0 LINE 8 P 67 1 10 0 20 0 30 0 11 1 21 0 31 0}]]
+set crlf [string map [list \n \r\n] [entities {
+    0 LINE 8 W 10 0 20 0 30 0 11 1 21 2 31 3 0 LINE 8 P 67 1 10 0 20 0 30 0 11 1 21 0 31 0
+    0 POLYLINE 8 Q 67 1 66 1 70 0 0 VERTEX 8 Q 67 1 10 0 20 0 30 0 0 VERTEX 8 Q 67 1 10 1 20 0 30 0 0 SEQEND 8 Q 67 1
+    0 POLYLINE 8 W 66 1 70 0 0 VERTEX 8 W 10 0 20 0 30 0 0 VERTEX 8 W 10 1 20 0 30 0 0 SEQEND 8 W
+    0 LWPOLYLINE 8 Q 67 1 90 2 70 0 10 0 20 0 10 1 20 0
+}]]
 check "CRLF: read" [run import_dxf [write_file crlf.dxf $crlf 1]] 1
 set top [lindex [kids [vesk get_world]] 0]
 check "CRLF: paper space left out" [names $top] {W}
+check "CRLF: the model space polyline kept" [shapes [child_named $top W]] {{2 2} {2 2}}
 check "CRLF: the line" [corners [child_named $top W] 0] {{0.0000 0.0000 0.0000} {1.0000 2.0000 3.0000}}
 
 # Entities in their own coordinate systems, arrays of inserts and a
