@@ -10,6 +10,7 @@
 #include "edit/primitive_append.h"
 
 #include <cmath>
+#include <set>
 #include <unordered_map>
 
 long dxf_point_limit = DXF_MAX_VERTICES;
@@ -78,7 +79,8 @@ struct Builder {
     std::unordered_map<std::string, ObjectAppender> appenders;
     std::vector<std::pair<Surface *, long>> colours;
     std::vector<const std::string *> active;   /* the blocks being inserted, outermost first */
-    long vertices = 0;
+    std::set<std::string> missing;             /* blocks inserted but not defined, told once */
+    long vertices = 0;                        /* points placed so far */
     long inserts = 0;
     long drawn = 0;
     long skipped = 0;
@@ -124,6 +126,9 @@ bool add_shapes(Builder *b, const DxfEntity &e, const Affine &a, const std::stri
                    " points (block inserts nested too often?)";
         return false;
     }
+    /* Every point placed counts, used or not: the work of placing them
+     * is what the limit bounds. */
+    b->vertices += (long)e.points.size();
     std::vector<DxfPoint> placed;
     placed.reserve(e.points.size());
     for (const DxfPoint &p : e.points) {
@@ -145,7 +150,6 @@ bool add_shapes(Builder *b, const DxfEntity &e, const Affine &a, const std::stri
         for (int i : f.points) {
             if (!made[i]) {
                 made[i] = appender_new_vertex(append, (float)placed[i].x, (float)placed[i].y, (float)placed[i].z);
-                b->vertices++;
             }
             ref_append(&refs, made[i], 0, 0);
         }
@@ -172,13 +176,24 @@ Affine insert_affine(const DxfInsert &in, const DxfPoint &base, long c, long r)
     return affine_compose(affine_translation(in.at.x, in.at.y, in.at.z), a);
 }
 
+bool too_many_inserts(Builder *b)
+{
+    b->error = "the drawing inserts blocks more than " + std::to_string(dxf_point_limit) + " times";
+    return false;
+}
+
 bool add_insert(Builder *b, const DxfEntity &e, const Affine &a, const std::string &layer, long colour)
 {
     const DxfInsert &in = e.insert;
+    /* Inserts of missing blocks count too: a block of many of them,
+     * inserted many times, is work all the same. */
+    if (++b->inserts > dxf_point_limit) return too_many_inserts(b);
     auto found = b->drawing->blocks.find(in.block);
     if (found == b->drawing->blocks.end()) {
-        console_printf("DXF reader: an insert names the block \"%s\", which the file does not define\n",
-                       in.block.c_str());
+        if (b->missing.insert(in.block).second) {
+            console_printf("DXF reader: an insert names the block \"%s\", which the file does not define\n",
+                           in.block.c_str());
+        }
         b->skipped++;
         return true;
     }
@@ -195,10 +210,7 @@ bool add_insert(Builder *b, const DxfEntity &e, const Affine &a, const std::stri
     b->active.push_back(&found->first);
     for (long r = 0; r < in.rows; r++) {
         for (long c = 0; c < in.cols; c++) {
-            if (++b->inserts > dxf_point_limit) {
-                b->error = "the drawing inserts blocks more than " + std::to_string(dxf_point_limit) + " times";
-                return false;
-            }
+            if (++b->inserts > dxf_point_limit) return too_many_inserts(b);
             Affine placed = affine_compose(a, insert_affine(in, found->second.base, c, r));
             if (!add_entities(b, found->second.entities, placed, &layer, colour)) return false;
         }

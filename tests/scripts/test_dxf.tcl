@@ -201,6 +201,16 @@ for {set i 0} {$i < 10} {incr i} {
 lappend fan 0 BLOCK 2 F10 10 0 20 0 30 0 0 LINE 8 0 10 0 20 0 30 0 11 1 21 0 31 0 0 ENDBLK
 refused "multiplying inserts" [write_file fan.dxf [blocks $fan {0 INSERT 8 0 2 F0 10 0 20 0 30 0}]] "more than"
 
+# A block of inserts of a block that does not exist, inserted many times:
+# work without output, stopped all the same.
+set missing {0 BLOCK 2 M 10 0 20 0 30 0}
+for {set i 0} {$i < 2000} {incr i} { lappend missing 0 INSERT 8 0 2 NONE 10 0 20 0 30 0 }
+lappend missing 0 ENDBLK
+set many {}
+for {set i 0} {$i < 3000} {incr i} { lappend many 0 INSERT 8 0 2 M 10 0 20 0 30 0 }
+set t [time { refused "inserts of a missing block" [write_file missing.dxf [blocks $missing $many]] "more than" }]
+check_true "inserts of a missing block: stopped quickly ($t)" [expr {[lindex $t 0] < 20000000}]
+
 # Huge counts and indices that name nothing: the entities are read as far
 # as they make sense.
 reset_model
