@@ -1,7 +1,7 @@
 /*
  * fileio/dxf_reader.cpp - the DXF reader (see dxf_reader.h).  The text is
- * split into group code / value pairs here, checked, and handed to
- * libdxflib's group processor one by one; its callbacks record the
+ * split into group code / value pairs (dxf_groups.cpp) and handed to
+ * libdxflib's group reader one by one; its callbacks record the
  * entities as points and faces (dxf_drawing.h), which dxf_build.cpp turns
  * into objects at the end.  Only the groups of entities we read reach the
  * library: the rest of the file (header, objects, texts, hatches...) is
@@ -10,6 +10,7 @@
  */
 #include "fileio/dxf_reader.h"
 #include "fileio/dxf_drawing.h"
+#include "fileio/dxf_groups.h"
 
 #ifdef VESK_HAVE_DXFLIB
 
@@ -27,88 +28,6 @@
 #include <sstream>
 
 namespace {
-
-struct Group {
-    int code;
-    std::string value;
-    long line;
-};
-
-const size_t MAX_VALUE_LENGTH = 4096;
-const char BINARY_SENTINEL[] = "AutoCAD Binary DXF";
-
-std::string trimmed(const char *begin, const char *end)
-{
-    while (begin < end && (*begin == ' ' || *begin == '\t')) begin++;
-    while (end > begin && (end[-1] == ' ' || end[-1] == '\t' || end[-1] == '\r')) end--;
-    return std::string(begin, (size_t)(end - begin));
-}
-
-bool group_code_of(const std::string &s, int *code)
-{
-    if (s.empty()) return false;
-    errno = 0;
-    char *end = nullptr;
-    long v = strtol(s.c_str(), &end, 10);
-    if (*end || errno || v < -5 || v > 1071) return false;
-    *code = (int)v;
-    return true;
-}
-
-/* Splits the text into groups; false with *error when it is no DXF text. */
-bool split_groups(const char *text, size_t size, std::vector<Group> *groups, std::string *error)
-{
-    if (size >= sizeof BINARY_SENTINEL - 1 && !memcmp(text, BINARY_SENTINEL, sizeof BINARY_SENTINEL - 1)) {
-        *error = "this is a binary DXF file; only ASCII DXF can be read - save the drawing as ASCII DXF";
-        return false;
-    }
-    size_t at = 0;
-    if (size >= 3 && !memcmp(text, "\xEF\xBB\xBF", 3)) at = 3;
-    long line = 0;
-    bool want_code = true;
-    int code = 0;
-    while (at < size) {
-        const char *start = text + at;
-        const char *nl = (const char *)memchr(start, '\n', size - at);
-        const char *end = nl ? nl : text + size;
-        at = (size_t)(end - text) + (nl ? 1 : 0);
-        line++;
-        if ((size_t)(end - start) > MAX_VALUE_LENGTH) {
-            *error = "line " + std::to_string(line) + " is too long for a DXF file";
-            return false;
-        }
-        if (memchr(start, '\0', (size_t)(end - start))) {
-            *error = "line " + std::to_string(line) + " holds binary data - this is not an ASCII DXF file";
-            return false;
-        }
-        std::string s = trimmed(start, end);
-        if (want_code) {
-            if (!group_code_of(s, &code)) {
-                *error = groups->empty() ? std::string("this is not a DXF file")
-                                         : "line " + std::to_string(line) + ": a group code was expected";
-                return false;
-            }
-        } else {
-            groups->push_back({code, s, line - 1});
-        }
-        want_code = !want_code;
-    }
-    if (!want_code) {
-        *error = "the file ends in the middle of a group (cut short?)";
-        return false;
-    }
-    size_t first = 0;
-    while (first < groups->size() && (*groups)[first].code == 999) first++;
-    if (first == groups->size() || (*groups)[first].code != 0 || (*groups)[first].value != "SECTION") {
-        *error = "this is not a DXF file (it does not start with a SECTION)";
-        return false;
-    }
-    if (groups->back().code != 0 || groups->back().value != "EOF") {
-        *error = "the file ends before its EOF marker (cut short?)";
-        return false;
-    }
-    return true;
-}
 
 int segments_full_circle(void)
 {
@@ -549,7 +468,7 @@ void pass_group(DL_Dxf *dxf, Recorder *rec, int code, const std::string &value)
 }
 
 /* Feeds the groups to the library, keeping back what it should not see. */
-void feed(const std::vector<Group> &groups, DL_Dxf *dxf, Recorder *rec)
+void feed(const std::vector<DxfGroup> &groups, DL_Dxf *dxf, Recorder *rec)
 {
     std::string section, kind;
     bool passing = false;
@@ -557,7 +476,7 @@ void feed(const std::vector<Group> &groups, DL_Dxf *dxf, Recorder *rec)
     long lw_points = 0;
     std::vector<int> face(4, 0);
     for (size_t i = 0; i < groups.size(); i++) {
-        const Group &g = groups[i];
+        const DxfGroup &g = groups[i];
         if (rec->too_big) return;
         if (g.code == 999) continue;
         if (g.code != 0) {
@@ -612,8 +531,8 @@ int dxf_reader_available(void)
 void read_dxf_text(const char *text, size_t size, const char *name, DxfResult *result)
 {
     assert(text[size] == '\0');
-    std::vector<Group> groups;
-    if (!split_groups(text, size, &groups, &result->error)) return;
+    std::vector<DxfGroup> groups;
+    if (!dxf_split_groups(text, size, &groups, &result->error)) return;
     Recorder rec;
     DL_Dxf dxf;
     rec.dxf = &dxf;
