@@ -14,6 +14,14 @@ if {[catch {exec $python $samples $::scratch} error]} {
     finish
 }
 
+# A build without libdxflib says so and reads nothing.
+set probe [file join $::scratch probe.dxf]
+set output [capture_console { set probed [vesk import_dxf $probe] }]
+if {[string match "*without libdxflib*" $output]} {
+    check "built without libdxflib: refused" $probed 0
+    finish
+}
+
 # Sixteen segments to a full circle.
 set ::prefs_num_surface_div 16
 
