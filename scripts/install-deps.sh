@@ -6,7 +6,7 @@ packages=(build-essential cmake pkg-config tcl8.6-dev tk8.6-dev libtogl-dev
           libglu1-mesa-dev libgtest-dev libbenchmark-dev xvfb xauth xdotool
           imagemagick clang libclang-rt-14-dev netpbm libpng-dev libjpeg62-turbo-dev
           libcoin-dev view3dscene assimp-utils lib3ds-dev libassimp-dev tkdnd x11-utils povray
-          libxml2-dev)
+          libxml2-dev libdxflib-dev python3-ezdxf)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

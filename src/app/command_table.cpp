@@ -24,6 +24,7 @@
 #include "view/background.h"
 #include "fileio/exchange_commands.h"
 #include "fileio/scene_writers.h"
+#include "fileio/dxf_reader.h"
 
 
 Command builtin_commands[] = {
@@ -62,7 +63,7 @@ Command builtin_commands[] = {
     COMMAND_ROW("hide_unselected", hide_unselected, 0, nullptr, nullptr, nullptr),
     COMMAND_ROW("insert_vertex", selected_insert_vertex, 0, nullptr, nullptr, nullptr),
     COMMAND_ROW("import_3ds", command_import_3ds, 1, "s", "<filename>", "load a 3D Studio file"),
-    COMMAND_ROW("import_dxf", not_available_s, 1, "s", "<filename>", "load a DXF file"),
+    COMMAND_ROW("import_dxf", command_import_dxf, 1, "s", "<filename>", "load a DXF file"),
     COMMAND_ROW("import_alias_tri", command_import_alias_tri, 1, "s", "<filename>", "load an Alias Triangle file"),
     COMMAND_ROW("import_tri", command_import_tri, 1, "s", "<filename>", "load a Triangle file"),
     COMMAND_ROW("import_lightwave", not_available_s, 1, "s", "<filename>", "load a Lightwave file"),
