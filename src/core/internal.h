@@ -38,5 +38,8 @@ void palette_truncate(int count);
 /* Unlinks and frees the reference at *link (a link of the surface's
  * reference list), keeping the count; *link then holds the next one. */
 void surface_unlink_ref(Surface *surface, List **link);
+/* Frees the children of parent for which drop(child) is true, keeping
+ * the others in their order and the count right; one pass. */
+void object_free_children_where(Object *parent, bool (*drop)(Object *child));
 
 #endif

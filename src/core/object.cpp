@@ -332,6 +332,25 @@ void surface_unlink_ref(Surface *surface, List **link)
     surface->num_vertrefs--;
 }
 
+void object_free_children_where(Object *parent, bool (*drop)(Object *child))
+{
+    List *kept = nullptr, *tail = nullptr;
+    uint32_t n = 0;
+    for (List *k = parent->kids; k; k = k->next) {
+        Object *kid = (Object *)k->item;
+        if (drop(kid)) {
+            kid->parent = nullptr;
+            object_free(kid);
+            continue;
+        }
+        tail = list_add_item_fast(&kept, tail, kid);
+        n++;
+    }
+    list_free(&parent->kids);
+    parent->kids = kept;
+    parent->num_kids = n;
+}
+
 /* Removes every reference to vertex from surface; returns how many. */
 static int surface_remove_vertex_refs(Surface *surface, Vertex *vertex)
 {

@@ -9,6 +9,7 @@
  * (or frees it when something failed, leaving the model unchanged).
  */
 #include "fileio/svg_reader.h"
+#include "core/internal.h"
 #include "edit/primitive_append.h"
 #include "fileio/svg_geometry.h"
 
@@ -432,22 +433,8 @@ bool object_is_empty(Object *o)
 /* Drops objects left without surfaces or children, deepest first. */
 void prune_empty(Object *o)
 {
-    List *kept = nullptr, *tail = nullptr;
-    uint32_t n = 0;
-    for (List *k = o->kids; k; k = k->next) {
-        Object *kid = (Object *)k->item;
-        prune_empty(kid);
-        if (object_is_empty(kid)) {
-            kid->parent = nullptr;
-            object_free(kid);
-            continue;
-        }
-        tail = list_add_item_fast(&kept, tail, kid);
-        n++;
-    }
-    list_free(&o->kids);
-    o->kids = kept;
-    o->num_kids = n;
+    for (List *k = o->kids; k; k = k->next) prune_empty((Object *)k->item);
+    object_free_children_where(o, object_is_empty);
 }
 
 void calc_normals(Object *o)

@@ -17,6 +17,7 @@
  * it is used.
  */
 #include "fileio/vrml1_reader.h"
+#include "core/internal.h"
 #include "core/lights.h"
 #include "edit/selection.h"
 #include "fileio/vrml1_lexer.h"
@@ -806,21 +807,7 @@ void prune_empty(Object *root)
             for (List *k = o->kids; k; k = k->next) stack.push_back({(Object *)k->item, false});
             continue;
         }
-        List *kept = nullptr, *tail = nullptr;
-        uint32_t n = 0;
-        for (List *k = o->kids; k; k = k->next) {
-            Object *kid = (Object *)k->item;
-            if (object_is_empty(kid)) {
-                kid->parent = nullptr;
-                object_free(kid);
-                continue;
-            }
-            tail = list_add_item_fast(&kept, tail, kid);
-            n++;
-        }
-        list_free(&o->kids);
-        o->kids = kept;
-        o->num_kids = n;
+        object_free_children_where(o, object_is_empty);
     }
 }
 
