@@ -7,6 +7,7 @@
  *   bench_dxf [entities...]        default: 100000 300000
  */
 #include "vesk.h"
+#include "bench_support.h"
 #include "app/prefs.h"
 #include "fileio/dxf_reader.h"
 
@@ -15,11 +16,6 @@
 #include <cstdlib>
 #include <string>
 #include <vector>
-
-static double now(void)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 static std::string drawing(long count, bool circles)
 {

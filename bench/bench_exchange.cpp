@@ -8,6 +8,7 @@
  *   bench_exchange <mesh.obj> <mesh.ply> <output directory>
  */
 #include "vesk.h"
+#include "bench_support.h"
 #include "app/prefs.h"
 #include "../plugins/exchange/exchange.h"
 
@@ -22,17 +23,6 @@
 
 /* The figures; the core's console lines go to /dev/null. */
 static FILE *report = stderr;
-
-static double now(void)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-static double file_mb(const std::string &path)
-{
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 ? st.st_size / 1048576.0 : 0.0;
-}
 
 static void empty_model(void)
 {

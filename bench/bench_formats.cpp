@@ -13,6 +13,7 @@
  * Needs the `assimp` tool (assimp-utils) for the import figures.
  */
 #include "vesk.h"
+#include "bench_support.h"
 #include "app/prefs.h"
 #include "fileio/reader_3ds.h"
 #include "fileio/tri_file.h"
@@ -32,17 +33,6 @@ enum { PARTS = 10, SIDE = 225 };
 
 /* The figures; the core's console lines go to /dev/null. */
 static FILE *report = stderr;
-
-static double now(void)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-static double file_mb(const std::string &path)
-{
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 ? st.st_size / 1048576.0 : 0.0;
-}
 
 static float height(int part, int x, int y)
 {

@@ -9,6 +9,7 @@
  * `bench_image_readers [side]` changes the picture's size.
  */
 #include "vesk.h"
+#include "bench_support.h"
 #include "app/prefs.h"
 #include "texture/texture_table.h"
 
@@ -19,11 +20,6 @@
 #include <string>
 
 static std::string dir;
-
-static double now(void)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 static void shell(const std::string &command)
 {

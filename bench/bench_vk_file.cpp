@@ -15,6 +15,7 @@
  * what they cost.
  */
 #include "vesk.h"
+#include "bench_support.h"
 #include "app/prefs.h"
 #include "fileio/vk_file.h"
 
@@ -30,22 +31,11 @@
 #include <unistd.h>
 #include <vector>
 
-static double now(void)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 static double peak_mb(void)
 {
     struct rusage u;
     getrusage(RUSAGE_SELF, &u);
     return u.ru_maxrss / 1024.0;
-}
-
-static double file_mb(const std::string &path)
-{
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 ? st.st_size / 1048576.0 : 0.0;
 }
 
 static void start_core(void)
