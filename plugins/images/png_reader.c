@@ -10,6 +10,51 @@
 #include <stdlib.h>
 #include <string.h>
 
+/* libpng sets aside as much memory as a chunk's length field says before
+ * it reads the chunk, so a few damaged bytes could ask for gigabytes.
+ * Every chunk before IEND must therefore fit in the file; at_offset
+ * copies the 8 bytes of a chunk header at an offset, 0 when there are
+ * not 8 left. */
+typedef int (*ChunkHeaderAt)(void *source, size_t offset, unsigned char header[8]);
+
+static int chunks_fit_in(size_t size, ChunkHeaderAt at_offset, void *source)
+{
+    size_t offset = 8; /* past the signature */
+    unsigned char header[8];
+    while (offset < size && at_offset(source, offset, header)) {
+        size_t length = ((size_t)header[0] << 24) | ((size_t)header[1] << 16) | ((size_t)header[2] << 8) | header[3];
+        if (length > size - offset - 8 || size - offset - 8 - length < 4) return 0;
+        if (memcmp(header + 4, "IEND", 4) == 0) return 1;
+        offset += 12 + length;
+    }
+    return 1; /* whatever is left, libpng reports */
+}
+
+struct MemorySource {
+    const unsigned char *bytes;
+    size_t size;
+};
+
+static int memory_header_at(void *source, size_t offset, unsigned char header[8])
+{
+    const struct MemorySource *m = (const struct MemorySource *)source;
+    if (offset > m->size || m->size - offset < 8) return 0;
+    memcpy(header, m->bytes + offset, 8);
+    return 1;
+}
+
+static int file_header_at(void *source, size_t offset, unsigned char header[8])
+{
+    FILE *file = (FILE *)source;
+    return fseek(file, (long)offset, SEEK_SET) == 0 && fread(header, 1, 8, file) == 8;
+}
+
+static int report_overrun(const char *name)
+{
+    fprintf(stderr, "png file %s: a chunk runs past the end of the file\n", name);
+    return 0;
+}
+
 static vkimage *finish_read(png_image *png, const char *name)
 {
     if (png->width == 0 || png->height == 0 || png->width > 65535 || png->height > 65535 ||
@@ -46,6 +91,11 @@ static vkimage *finish_read(png_image *png, const char *name)
 
 vkimage *png_image_from_memory(const unsigned char *bytes, size_t size, const char *name)
 {
+    struct MemorySource source = {bytes, size};
+    if (size > 8 && !chunks_fit_in(size, memory_header_at, &source)) {
+        report_overrun(name);
+        return NULL;
+    }
     png_image png;
     memset(&png, 0, sizeof png);
     png.version = PNG_IMAGE_VERSION;
@@ -59,6 +109,16 @@ vkimage *png_image_from_memory(const unsigned char *bytes, size_t size, const ch
 
 vkimage *png_image_load(const char *filename)
 {
+    FILE *file = fopen(filename, "rb");
+    if (file) {
+        int fits = fseek(file, 0, SEEK_END) != 0 || ftell(file) <= 8 ||
+                   chunks_fit_in((size_t)ftell(file), file_header_at, file);
+        fclose(file);
+        if (!fits) {
+            report_overrun(filename);
+            return NULL;
+        }
+    }
     png_image png;
     memset(&png, 0, sizeof png);
     png.version = PNG_IMAGE_VERSION;
