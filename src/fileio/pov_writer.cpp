@@ -29,18 +29,8 @@ struct PovScene {
     double size;          /* the diagonal of the model's box (1 when empty) */
 };
 
-void put_vector(TextOut *out, const float *v)
-{
-    text_out_char(out, '<');
-    scene_put_triple(out, v, ", ");
-    text_out_char(out, '>');
-}
-
-void put_dvector(TextOut *out, const double *v)
-{
-    const float f[3] = {(float)v[0], (float)v[1], (float)v[2]};
-    put_vector(out, f);
-}
+void put_vector(TextOut *out, const float *v) { scene_put_bracketed(out, v, '<', ", ", '>'); }
+void put_dvector(TextOut *out, const double *v) { scene_put_bracketed(out, v, '<', ", ", '>'); }
 
 void put_rgb(TextOut *out, long colour)
 {

@@ -29,18 +29,8 @@ struct RibScene {
 };
 
 /* "[a b c]" */
-void put_array3(TextOut *out, const float *v)
-{
-    text_out_char(out, '[');
-    scene_put_triple(out, v, " ");
-    text_out_char(out, ']');
-}
-
-void put_darray3(TextOut *out, const double *v)
-{
-    const float f[3] = {(float)v[0], (float)v[1], (float)v[2]};
-    put_array3(out, f);
-}
+void put_array3(TextOut *out, const float *v) { scene_put_bracketed(out, v, '[', " ", ']'); }
+void put_darray3(TextOut *out, const double *v) { scene_put_bracketed(out, v, '[', " ", ']'); }
 
 void put_array1(TextOut *out, double value)
 {

@@ -65,6 +65,19 @@ void scene_put_triple(TextOut *out, const float *v, const char *sep)
     scene_put_number(out, v[2]);
 }
 
+void scene_put_bracketed(TextOut *out, const float *v, char open, const char *sep, char close)
+{
+    text_out_char(out, open);
+    scene_put_triple(out, v, sep);
+    text_out_char(out, close);
+}
+
+void scene_put_bracketed(TextOut *out, const double *v, char open, const char *sep, char close)
+{
+    const float f[3] = {(float)v[0], (float)v[1], (float)v[2]};
+    scene_put_bracketed(out, f, open, sep, close);
+}
+
 void scene_put_one_line(TextOut *out, const char *text)
 {
     for (const char *p = text ? text : ""; *p; p++) text_out_char(out, (unsigned char)*p < 32 ? ' ' : *p);

@@ -27,6 +27,10 @@ int scene_write_file(const char *filename, const char *format, void (*body)(Text
 void scene_put_number(TextOut *out, double value);
 /* Three numbers separated by sep ("x y z" or "x, y, z"). */
 void scene_put_triple(TextOut *out, const float *v, const char *sep);
+/* The three numbers between open and close ("<a, b, c>", "[a b c]"); a
+ * double triple is written as floats, like the model's own numbers. */
+void scene_put_bracketed(TextOut *out, const float *v, char open, const char *sep, char close);
+void scene_put_bracketed(TextOut *out, const double *v, char open, const char *sep, char close);
 /* Text on one line: line breaks and other control characters become
  * blanks, so that a name can stand in a comment. */
 void scene_put_one_line(TextOut *out, const char *text);
