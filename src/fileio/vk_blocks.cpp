@@ -321,12 +321,18 @@ static void read_colour(VkRead *r, int first, float *colour)
     colour[3] = 1.0f;
 }
 
+/* 1 when a keyword line gave all the numbers or words it needs; otherwise the
+ * line is reported (message takes the line number) and ignored. */
+static int scanned_all(VkRead *r, int got, int wanted, const char *message)
+{
+    if (got == wanted) return 1;
+    vk_file_message(r, message, line_no(r));
+    return 0;
+}
+
 static void read_material(VkRead *r, const char *line)
 {
-    if (get_tokens(line, &r->tokens) != 22) {
-        vk_file_message(r, "expected 21 params after \"MATERIAL\" - line %d\n", line_no(r));
-        return;
-    }
+    if (!scanned_all(r, get_tokens(line, &r->tokens), 22, "expected 21 params after \"MATERIAL\" - line %d\n")) return;
     Material m;
     read_colour(r, 3, m.rgb);
     read_colour(r, 7, m.ambient);
@@ -531,10 +537,7 @@ static void read_vertices(VkRead *r, Object *object, const char *rest)
 
 static void read_data(VkRead *r, Object *object, const char *line)
 {
-    if (get_tokens(line, &r->tokens) != 2) {
-        vk_file_message(r, "expected 'data <number>' at line %d\n", line_no(r));
-        return;
-    }
+    if (!scanned_all(r, get_tokens(line, &r->tokens), 2, "expected 'data <number>' at line %d\n")) return;
     long long n = 0;
     scan_long(r->tokens.token[1], &n);
     if (n <= 0) return;
@@ -547,10 +550,7 @@ static void read_data(VkRead *r, Object *object, const char *line)
 
 static void read_name(VkRead *r, Object *object, const char *line)
 {
-    if (get_tokens(line, &r->tokens) != 2) {
-        vk_file_message(r, "expected quoted name at line %d\n", line_no(r));
-        return;
-    }
+    if (!scanned_all(r, get_tokens(line, &r->tokens), 2, "expected quoted name at line %d\n")) return;
     object_set_name(object, r->tokens.token[1]);
 }
 
@@ -566,39 +566,27 @@ static void read_url(VkRead *r, Object *object, const char *line)
 
 static void read_texture(VkRead *r, Object *object, const char *line)
 {
-    if (get_tokens(line, &r->tokens) != 2) {
-        vk_file_message(r, "expected quoted texture name at line %d\n", line_no(r));
-        return;
-    }
+    if (!scanned_all(r, get_tokens(line, &r->tokens), 2, "expected quoted texture name at line %d\n")) return;
     object_set_init_texture(object, r->tokens.token[1]);
 }
 
 static void read_texrep(VkRead *r, Object *object, const char *line)
 {
-    if (get_tokens(line, &r->tokens) != 3) {
-        vk_file_message(r, "expected 'texrep <float> <float>' at line %d\n", line_no(r));
-        return;
-    }
+    if (!scanned_all(r, get_tokens(line, &r->tokens), 3, "expected 'texrep <float> <float>' at line %d\n")) return;
     object_set_texture_repeat(object, token_float(r->tokens.token[1]), token_float(r->tokens.token[2]));
 }
 
 static void read_rotation(VkRead *r, VkFrame &f, const char *rest)
 {
     float m[9];
-    if (scan_floats(rest, m, 9) != 9) {
-        vk_file_message(r, "expected 'rot' and nine numbers at line %d\n", line_no(r));
-        return;
-    }
+    if (!scanned_all(r, scan_floats(rest, m, 9), 9, "expected 'rot' and nine numbers at line %d\n")) return;
     memcpy(f.rotation, m, sizeof m);
 }
 
 static void read_location(VkRead *r, VkFrame &f, const char *rest)
 {
     double l[3];
-    if (scan_doubles(rest, l, 3) != 3) {
-        vk_file_message(r, "expected 'loc' and three numbers at line %d\n", line_no(r));
-        return;
-    }
+    if (!scanned_all(r, scan_doubles(rest, l, 3), 3, "expected 'loc' and three numbers at line %d\n")) return;
     make_finite(r, l, "location");
     memcpy(f.location, l, sizeof l);
 }
@@ -607,10 +595,8 @@ static void read_location(VkRead *r, VkFrame &f, const char *rest)
  * are multiplied per axis (its children come later). */
 static void read_scale(VkRead *r, VkFrame &f, const char *line)
 {
-    if (get_tokens(line, &r->tokens) != 4) {
-        vk_file_message(r, "expected 'scale <float> <float> <float>' at line %d\n", line_no(r));
+    if (!scanned_all(r, get_tokens(line, &r->tokens), 4, "expected 'scale <float> <float> <float>' at line %d\n"))
         return;
-    }
     float s[3];
     for (int i = 0; i < 3; i++) s[i] = token_float(r->tokens.token[i + 1]);
     for (int i = 0; i < 3; i++) {
@@ -702,10 +688,7 @@ static void read_legacy_primitive(VkRead *r, Object *object, const char *word, c
     };
     for (const auto &p : primitives) {
         if (strcmp(word, p.word) != 0) continue;
-        if (get_tokens(line, &r->tokens) != p.tokens) {
-            vk_file_message(r, p.usage, line_no(r));
-            return;
-        }
+        if (!scanned_all(r, get_tokens(line, &r->tokens), p.tokens, p.usage)) return;
         Object *shape = legacy_shape(word, r->tokens);
         if (!shape) {
             vk_file_message(r, p.usage, line_no(r));
