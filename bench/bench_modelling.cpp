@@ -134,6 +134,7 @@ int main(int argc, char **argv)
     unsigned int quads = argc > 1 ? (unsigned int)strtoul(argv[1], nullptr, 10) : 100000;
     if (quads == 0) quads = 1;
     prefs_set_defaults();
+    if (getenv("NOCHECKS")) prefs.memory_checks = 0;
     prefs.undo_levels = 2;
     world = new_world();
     prefs.rot_segments = 4;
@@ -148,8 +149,15 @@ int main(int argc, char **argv)
         {"revolve (4 steps)", selected_profile, revolve_y},
     };
     const char *only = argc > 2 ? argv[2] : nullptr;
+    bool once = argc > 3 && strcmp(argv[3], "once") == 0;
     for (const Step &step : steps) {
         if (only && strncmp(step.label, only, strlen(only)) != 0) continue;
+        if (once) {
+            time_step(step, quads);
+            fflush(stdout);
+            _exit(0);   /* only the step, for profiling: no clean-up */
+        }
+        if (getenv("WARM")) { quietly([](void *st) { const Step *x = (const Step *)st; x->prepare(4 * 100000); x->run(); }, (void *)&step); clear_model(); }
         double small = time_step(step, quads);
         double large = time_step(step, 4 * quads);
         printf("%-24s ratio for 4x the input: %.2f\n", step.label, small > 0 ? large / small : 0.0);

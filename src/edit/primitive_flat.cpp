@@ -126,29 +126,43 @@ static void add_grid_line(ObjectAppender *append, int view, const float *from, c
     appender_add_surface(append, s);
 }
 
+/* What a grid and a mesh start from: the view's axes, the divisions, the
+ * spans of the box a-b and the new object centred on the box. */
+struct FlatLayout {
+    int h, v, d, mx, my;
+    float dh, dv;
+    Object *object;
+    ObjectAppender append;
+};
+
+static void start_flat(FlatLayout *f, const char *name, int view, const float *a, const float *b)
+{
+    view_axes(view, &f->h, &f->v, &f->d);
+    mesh_divisions(&f->mx, &f->my);
+    f->object = new_named_object(name);
+    set_location_to_centre(f->object, a, b);
+    appender_start(&f->append, f->object);
+    f->dh = b[f->h] - a[f->h];
+    f->dv = b[f->v] - a[f->v];
+}
+
 Object *add_grid(int view, const float *a, const float *b)
 {
-    int h, v, d, mx, my;
-    view_axes(view, &h, &v, &d);
-    mesh_divisions(&mx, &my);
-    Object *o = new_named_object("grid");
-    set_location_to_centre(o, a, b);
-    ObjectAppender append;
-    appender_start(&append, o);
-    float dh = b[h] - a[h], dv = b[v] - a[v];
+    FlatLayout f;
+    start_flat(&f, "grid", view, a, b);
     /* Lines across the horizontal axis, then across the vertical; each
      * owns its two vertices. */
-    for (int i = 0; i <= mx; i++) {
-        float x = a[h] + dh / (float)mx * (float)i;
-        const float from[2] = {x, a[v]}, to[2] = {x, b[v]};
-        add_grid_line(&append, view, from, to, a[d]);
+    for (int i = 0; i <= f.mx; i++) {
+        float x = a[f.h] + f.dh / (float)f.mx * (float)i;
+        const float from[2] = {x, a[f.v]}, to[2] = {x, b[f.v]};
+        add_grid_line(&f.append, view, from, to, a[f.d]);
     }
-    for (int j = 0; j <= my; j++) {
-        float y = a[v] + dv / (float)my * (float)j;
-        const float from[2] = {a[h], y}, to[2] = {b[h], y};
-        add_grid_line(&append, view, from, to, a[d]);
+    for (int j = 0; j <= f.my; j++) {
+        float y = a[f.v] + f.dv / (float)f.my * (float)j;
+        const float from[2] = {a[f.h], y}, to[2] = {b[f.h], y};
+        add_grid_line(&f.append, view, from, to, a[f.d]);
     }
-    return o;
+    return f.object;
 }
 
 static void add_mesh_cell(ObjectAppender *append, Vertex *a, Vertex *b, Vertex *c, Vertex *d, int parity,
@@ -176,28 +190,23 @@ static void add_mesh_cell(ObjectAppender *append, Vertex *a, Vertex *b, Vertex *
 
 Object *add_mesh(int view, const float *a, const float *b)
 {
-    int h, v, d, mx, my;
-    view_axes(view, &h, &v, &d);
-    mesh_divisions(&mx, &my);
-    Object *o = new_named_object("mesh");
-    set_location_to_centre(o, a, b);
-    ObjectAppender append;
-    appender_start(&append, o);
-    float dh = b[h] - a[h], dv = b[v] - a[v];
-    int columns = mx + 1;
-    Vertex **grid = (Vertex **)myalloc((unsigned int)(sizeof(Vertex *) * (size_t)columns * (size_t)(my + 1)));
+    FlatLayout f;
+    start_flat(&f, "mesh", view, a, b);
+    Object *o = f.object;
+    int columns = f.mx + 1, rows = f.my + 1;
+    Vertex **grid = (Vertex **)myalloc((unsigned int)(sizeof(Vertex *) * (size_t)columns * (size_t)rows));
     if (!grid) return o;
-    for (int k = 0; k < columns * (my + 1); k++) {
+    for (int k = 0; k < columns * rows; k++) {
         int c = k % columns, r = k / columns;
         float p[3];
-        view_point(view, a[h] + dh / (float)mx * (float)c, a[v] + dv / (float)my * (float)r, a[d], p);
-        grid[k] = appender_new_vertex(&append, p[0], p[1], p[2]);
+        view_point(view, a[f.h] + f.dh / (float)f.mx * (float)c, a[f.v] + f.dv / (float)f.my * (float)r, a[f.d], p);
+        grid[k] = appender_new_vertex(&f.append, p[0], p[1], p[2]);
     }
     int triangles = prefs.mesh_from_triangles != 0;
-    for (int r = 0; r < my; r++) {
-        for (int c = 0; c < mx; c++) {
+    for (int r = 0; r < f.my; r++) {
+        for (int c = 0; c < f.mx; c++) {
             int ia = r * columns + c, ib = ia + columns;
-            add_mesh_cell(&append, grid[ia], grid[ib], grid[ib + 1], grid[ia + 1], (r + c) % 2, triangles);
+            add_mesh_cell(&f.append, grid[ia], grid[ib], grid[ib + 1], grid[ia + 1], (r + c) % 2, triangles);
         }
     }
     myfree(grid);
