@@ -162,30 +162,48 @@ static std::vector<uint32_t> optimize_targets(void)
     return handles_of_topmost(from);
 }
 
-int optimize_selected(void)
+/* How one of the optimize commands runs over the selected trees. */
+struct OptimizeRun {
+    const char *name;          /* undo label and message prefix */
+    const char *running;
+    int (*optimize)(Object *);
+    const char *finished;      /* the dialog; takes the count removed */
+    const char *done;
+};
+
+static int run_optimize(const OptimizeRun &run, void (*tidy_selection)(int removed))
 {
     std::vector<uint32_t> targets = optimize_targets();
     if (targets.empty()) {
-        display_message("optimize: select objects first");
+        display_message("%s: select objects first", run.name);
         return 0;
     }
-    display_message("optimize - setting up undo");
-    new_undo(UNDO_SNAPSHOT, "optimize");
+    display_message("%s - setting up undo", run.name);
+    new_undo(UNDO_SNAPSHOT, run.name);
     set_undo_all();
-    display_message("optimizing vertices...");
+    display_message("%s", run.running);
     int removed = 0;
     for (uint32_t h : targets) {
         Object *o = object_from_handle(h);
-        if (o) removed += object_optimize(o);
+        if (o) removed += run.optimize(o);
     }
-    /* Removed vertices may have been selected. */
-    if (removed) selection_forget_dead();
+    tidy_selection(removed);
     selection_publish_counts();
     edit_mark_changed();
     redraw_all();
-    windows_info_dialog("Vertex optimization finished - vertices removed = %d", removed);
-    display_message("optimize vertices done");
+    windows_info_dialog(run.finished, removed);
+    display_message("%s", run.done);
     return 1;
+}
+
+int optimize_selected(void)
+{
+    /* Removed vertices may have been selected. */
+    return run_optimize({"optimize", "optimizing vertices...", object_optimize,
+                         "Vertex optimization finished - vertices removed = %d", "optimize vertices done"},
+                        [](int removed) {
+                            if (removed) selection_forget_dead();
+                        });
 }
 
 /* ---- surfaces ---- */
@@ -388,25 +406,7 @@ int object_optimize_surfaces(Object *object)
 
 int selected_optimize_surfaces(void)
 {
-    std::vector<uint32_t> targets = optimize_targets();
-    if (targets.empty()) {
-        display_message("optimize surfaces: select objects first");
-        return 0;
-    }
-    display_message("optimize surfaces - setting up undo");
-    new_undo(UNDO_SNAPSHOT, "optimize surfaces");
-    set_undo_all();
-    display_message("optimizing surfaces...");
-    int removed = 0;
-    for (uint32_t h : targets) {
-        Object *o = object_from_handle(h);
-        if (o) removed += object_optimize_surfaces(o);
-    }
-    clear_selection();
-    selection_publish_counts();
-    edit_mark_changed();
-    redraw_all();
-    windows_info_dialog("Surface optimization finished - %d surfaces removed", removed);
-    display_message("optimize surfaces done");
-    return 1;
+    return run_optimize({"optimize surfaces", "optimizing surfaces...", object_optimize_surfaces,
+                         "Surface optimization finished - %d surfaces removed", "optimize surfaces done"},
+                        [](int) { clear_selection(); });
 }

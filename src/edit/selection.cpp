@@ -103,16 +103,23 @@ Object *tree_top(Object *object)
     return object_top_ancestor(object);
 }
 
+/* Calls visit on each of the object's vertices, fetching the selection
+ * index's slots a few vertices ahead. */
+static void visit_vertices(Object *o, void (*visit)(Vertex *))
+{
+    ListLookahead ahead = lookahead_start(o->vertices);
+    for (List *v = o->vertices; v; v = v->next) {
+        lookahead_step(&ahead, &selected_vertex_index.counts);
+        visit((Vertex *)v->item);
+    }
+}
+
 void select_rule(Object *o)
 {
     switch (selection.select_mode) {
     case SELECT_VERTEX:
         if (o->visible) {
-            ListLookahead ahead = lookahead_start(o->vertices);
-            for (List *v = o->vertices; v; v = v->next) {
-                lookahead_step(&ahead, &selected_vertex_index.counts);
-                add_selected_vertex((Vertex *)v->item);
-            }
+            visit_vertices(o, add_selected_vertex);
             add_part_selected_object(o);
         }
         /* Children are visited even below a hidden object: each child's
@@ -141,11 +148,7 @@ void unselect_rule(Object *o)
     switch (selection.select_mode) {
     case SELECT_VERTEX:
         if (o->visible) {
-            ListLookahead ahead = lookahead_start(o->vertices);
-            for (List *v = o->vertices; v; v = v->next) {
-                lookahead_step(&ahead, &selected_vertex_index.counts);
-                request_unselect_vertex((Vertex *)v->item);
-            }
+            visit_vertices(o, request_unselect_vertex);
             request_unselect_part_object(o);
         }
         for (List *k = o->kids; k; k = k->next) unselect_rule((Object *)k->item);

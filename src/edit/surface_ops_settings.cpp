@@ -62,36 +62,47 @@ int set_selected_surface_type(int type)
     return 1;
 }
 
-int set_selected_surface_shading(int flag)
+/* Sets a surface flag on the whole selected surfaces and the selected
+ * objects, with the messages of the setting. */
+struct FlagRun {
+    const char *none_selected;
+    const char *running;
+    void (*surface_set)(Surface *, int);
+    int (*object_set)(Object *, int);
+    const char *done_on;    /* each takes the count */
+    const char *done_off;
+};
+
+static int set_flag_on_selection(const FlagRun &run, int flag)
 {
     std::vector<OwnedSurface> whole = whole_selected_surfaces();
     if (no_surfaces_selected(whole)) {
-        display_message("surface set shading - no surfaces selected");
+        display_message("%s", run.none_selected);
         return 0;
     }
-    display_message("setting shading...");
-    int count = set_on_selection(whole, surface_set_shading, object_set_surface_shading, flag);
+    display_message("%s", run.running);
+    int count = set_on_selection(whole, run.surface_set, run.object_set, flag);
     redraw_3d();
-    if (flag) display_message("surfaces set to shaded: %d", count);
-    else display_message("surfaces set to flat: %d", count);
+    display_message(flag ? run.done_on : run.done_off, count);
     return 1;
+}
+
+int set_selected_surface_shading(int flag)
+{
+    return set_flag_on_selection({"surface set shading - no surfaces selected", "setting shading...",
+                                  surface_set_shading, object_set_surface_shading, "surfaces set to shaded: %d",
+                                  "surfaces set to flat: %d"},
+                                 flag);
 }
 
 static void surface_set_sides(Surface *s, int flag) { s->twosided = flag; }
 
 int set_selected_surfaces_twosided(int flag)
 {
-    std::vector<OwnedSurface> whole = whole_selected_surfaces();
-    if (no_surfaces_selected(whole)) {
-        display_message("surface set twosided - no surfaces selected");
-        return 0;
-    }
-    display_message("setting surfaces sides...");
-    int count = set_on_selection(whole, surface_set_sides, object_set_twosided_faces, flag);
-    redraw_3d();
-    if (flag) display_message("%d surfaces set to two sided", count);
-    else display_message("%d surfaces set to one sided", count);
-    return 1;
+    return set_flag_on_selection({"surface set twosided - no surfaces selected", "setting surfaces sides...",
+                                  surface_set_sides, object_set_twosided_faces, "%d surfaces set to two sided",
+                                  "%d surfaces set to one sided"},
+                                 flag);
 }
 
 static void surface_set_col(Surface *s, int index) { s->mat = (uint16_t)index; }
