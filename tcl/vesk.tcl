@@ -147,6 +147,16 @@ proc ::vesk::main::import_file {title kind command} {
     return $result
 }
 
+# Menu entries "label kind command" that choose a file of the kind and
+# run the command on it through action; each dialog's title is the verb
+# and the label.
+proc ::vesk::main::add_file_entries {menu verb action entries} {
+    foreach {label kind command} $entries {
+        $menu add command -label $label \
+            -command [list $action "$verb [string trimright $label .]" $kind $command]
+    }
+}
+
 proc ::vesk::main::build_file_menu {m} {
     $m add command -label "New" -accelerator Ctrl+N -command ::vesk::ops::new_model
     $m add command -label "Open..." -accelerator Ctrl+O -command ::vesk::ops::open_model
@@ -155,8 +165,7 @@ proc ::vesk::main::build_file_menu {m} {
     $m add command -label "Merge model..." -command {::vesk::ops::with_open_file "Merge a VESK model" vk merge_vk}
     $m add command -label "Revert to saved" -command ::vesk::ops::revert_model
     $m add command -label "Open backup" -command ::vesk::ops::open_backup
-    set i [add_cascade $m import "Import"]
-    foreach {label kind command} {
+    add_file_entries [add_cascade $m import "Import"] Import ::vesk::main::import_file {
         "3D Studio..." 3ds import_3ds
         "DXF..." dxf import_dxf
         "Alias triangle..." tri import_alias_tri
@@ -165,9 +174,6 @@ proc ::vesk::main::build_file_menu {m} {
         "Vector drawing (SVG)..." svg import_vector
         "VRML 1..." wrl import_vrml
         "Inventor..." iv import_inventor
-    } {
-        $i add command -label $label \
-            -command [list ::vesk::main::import_file "Import [string trimright $label .]" $kind $command]
     }
     $m add separator
     $m add command -label "Save" -accelerator Ctrl+S -command ::vesk::ops::save_model
@@ -175,8 +181,7 @@ proc ::vesk::main::build_file_menu {m} {
     $m add command -label "Save a copy..." -command {::vesk::ops::with_save_file "Save a copy of the model" vk save_vk}
     $m add command -label "Save selection..." \
         -command {::vesk::ops::with_save_file "Save the selection as" vk save_selection_vk}
-    set e [add_cascade $m export "Export"]
-    foreach {label kind command} {
+    add_file_entries [add_cascade $m export "Export"] Export ::vesk::ops::with_save_file {
         "VRML 2.0..." wrl write_vrml2
         "VRML 1.0..." wrl write_vrml
         "Inventor..." iv write_inventor
@@ -186,9 +191,6 @@ proc ::vesk::main::build_file_menu {m} {
         "Massive..." massive write_massive
         "DVS..." dvs write_dvs
         "Triangle..." tri write_tri
-    } {
-        $e add command -label $label \
-            -command [list ::vesk::ops::with_save_file "Export [string trimright $label .]" $kind $command]
     }
     $m add separator
     $m add command -label "Render" -command ::vesk::ops::render
