@@ -1,8 +1,9 @@
 /*
  * edit/extrude_links.cpp - the copy-and-link helpers of extrusion: copies
  * of vertex lists, surfaces moved onto copied vertices, and the surfaces
- * that join each edge to its copy.  A vertex's index in `from` is looked
- * up in a table made once per call, not by walking the list.
+ * that join each edge to its copy.  A vertex's index in `from` is found
+ * through its scratch mark, checked against `from`, not by walking the
+ * list.
  */
 #include "edit/extrude.h"
 #include "edit/primitive_append.h"
@@ -35,16 +36,23 @@ List *copy_pointlist_rotate(List *points)
 }
 
 /* The vertex at the same position in another list, for each vertex of
- * `from`. */
+ * `from`.  A vertex's position is kept in its scratch mark (its first
+ * position when it stands twice); a mark is trusted only when `from`
+ * holds that very vertex there, so a stale mark on another vertex finds
+ * nothing. */
 struct VertexMap {
-    PointerTable index;             /* vertex of from -> its first index + 1 */
+    std::vector<Vertex *> from;
     std::vector<Vertex *> targets;  /* the vertices of a parallel list */
+    long first_null = -1;           /* position of the first null item */
 };
 
 static void map_start(VertexMap *map, List *from)
 {
-    uintptr_t i = 1;
-    for (List *l = from; l; l = l->next, i++) ptable_set_if_absent(&map->index, l->item, i);
+    for (List *l = from; l; l = l->next) map->from.push_back((Vertex *)l->item);
+    for (size_t i = map->from.size(); i-- > 0;) {
+        if (map->from[i]) map->from[i]->mark = (uint32_t)i;
+        else map->first_null = (long)i;
+    }
 }
 
 static void map_targets(VertexMap *map, List *to)
@@ -56,8 +64,9 @@ static void map_targets(VertexMap *map, List *to)
 /* Position in `from` (from 0), or -1. */
 static long map_position(const VertexMap *map, Vertex *v)
 {
-    uintptr_t i = ptable_value(&map->index, v);
-    return i ? (long)(i - 1) : -1;
+    if (!v) return map->first_null;
+    uint32_t i = v->mark;
+    return i < map->from.size() && map->from[i] == v ? (long)i : -1;
 }
 
 static Vertex *map_target(const VertexMap *map, Vertex *v)

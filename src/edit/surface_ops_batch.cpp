@@ -7,6 +7,7 @@
 #include "app/shared_state.h"
 #include "view/redraw.h"
 
+#include <cassert>
 #include <unordered_set>
 
 SurfaceEdits::~SurfaceEdits()
@@ -28,31 +29,54 @@ ObjectEdit *edits_for(SurfaceEdits *edits, Object *object)
 
 void edit_drop_surface(ObjectEdit *edit, Surface *surface)
 {
-    ptable_set(&edit->dropped_surfaces, surface, 1);
+    edit->dropped_surfaces.items.push_back(surface);
 }
 
 void edit_drop_vertex(ObjectEdit *edit, Vertex *vertex)
 {
-    ptable_set(&edit->dropped_vertices, vertex, 1);
+    edit->dropped_vertices.items.push_back(vertex);
 }
 
-/* Unlinks the nodes whose items are in the table; returns how many went.
- * Each dropped item is unlinked once, at its first node. */
-static uint32_t sweep_list(List **head, PointerTable *dropped, void (*release)(void *))
+/* 1 when the dropped items stand in the list in the order they were
+ * dropped: then, as a list holds each item once, the nodes holding them
+ * are exactly the ones met in that order, with no lookup. */
+static int dropped_in_list_order(List *head, const DropList *dropped)
 {
+    size_t next = 0, n = dropped->items.size();
+    for (List *l = head; l && next < n; l = l->next) {
+        if (l->item == dropped->items[next]) next++;
+    }
+    return next == n;
+}
+
+/* Unlinks the nodes whose items were dropped, freeing each item once (at
+ * its first node); returns how many went. */
+static uint32_t sweep_list(List **head, const DropList *dropped, void (*release)(void *))
+{
+    const bool in_order = dropped_in_list_order(*head, dropped);
+    PointerTable table;
+    if (!in_order) {
+        ptable_reserve(&table, dropped->items.size());
+        for (void *item : dropped->items) ptable_set(&table, item, 1);
+    }
+    size_t next = 0;
     uint32_t removed = 0;
     List **link = head;
     while (*link) {
         List *node = *link;
-        if (!ptable_erase(dropped, node->item)) {
+        bool drop = in_order ? next < dropped->items.size() && node->item == dropped->items[next]
+                             : ptable_erase(&table, node->item);
+        if (!drop) {
             link = &node->next;
             continue;
         }
+        next++;
         *link = node->next;
         release(node->item);
         myfree(node);
         removed++;
     }
+    assert(!in_order || next == dropped->items.size());
     return removed;
 }
 
@@ -62,8 +86,10 @@ static void release_vertex(void *v) { myfree(v); }
 static void finish_one(ObjectEdit *e)
 {
     Object *o = e->object;
-    if (ptable_size(&e->dropped_surfaces)) o->num_surf -= sweep_list(&o->surfaces, &e->dropped_surfaces, release_surface);
-    if (ptable_size(&e->dropped_vertices)) o->num_vert -= sweep_list(&o->vertices, &e->dropped_vertices, release_vertex);
+    if (!e->dropped_surfaces.items.empty())
+        o->num_surf -= sweep_list(&o->surfaces, &e->dropped_surfaces, release_surface);
+    if (!e->dropped_vertices.items.empty())
+        o->num_vert -= sweep_list(&o->vertices, &e->dropped_vertices, release_vertex);
     appender_refresh(&e->append);
 }
 

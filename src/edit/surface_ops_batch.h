@@ -9,6 +9,7 @@
  * finishing the batch removes everything marked in one sweep per object.
  * The lists end exactly as the one-at-a-time edits would leave them:
  * survivors in their old order, then the appended items in order.
+ * An item dropped twice goes once, at its first node.
  */
 #ifndef VESK_EDIT_SURFACE_OPS_BATCH_H
 #define VESK_EDIT_SURFACE_OPS_BATCH_H
@@ -20,11 +21,19 @@
 #include <unordered_map>
 #include <vector>
 
+/* Items to unlink and free when the batch finishes, in the order they
+ * were dropped.  Operations drop in list order almost always, so the
+ * sweep first tries to meet them one after another along the list and
+ * only hashes them when that fails. */
+struct DropList {
+    std::vector<void *> items;
+};
+
 struct ObjectEdit {
     Object *object;
     ObjectAppender append;
-    PointerTable dropped_surfaces;   /* unlinked and freed by edits_finish */
-    PointerTable dropped_vertices;   /* unlinked and freed by edits_finish */
+    DropList dropped_surfaces;
+    DropList dropped_vertices;
 };
 
 struct SurfaceEdits {
