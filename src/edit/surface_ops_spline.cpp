@@ -7,7 +7,8 @@
  *
  * Whether another surface uses a point is answered from a count of the
  * surfaces that reference each vertex, made once per object and kept up
- * to date as surfaces are splined, instead of a scan of every surface.
+ * to date as surfaces are splined, instead of a scan of every surface;
+ * the counts are found through the vertices' scratch marks, not hashed.
  */
 #include "edit/surface_ops.h"
 #include "edit/surface_ops_batch.h"
@@ -19,12 +20,35 @@
 #include <unordered_map>
 #include <vector>
 
-/* How many surfaces of an object reference each vertex, and which
- * vertices the object holds. */
+/* How many surfaces of an object reference each of its vertices, and
+ * which are still held.  A vertex's place is its scratch mark, trusted
+ * only when the object's vertex at that place is the vertex itself:
+ * vertices of other objects (broken references) have no place and are
+ * never dropped. */
 struct VertexUse {
-    PointerTable surfaces_using;
-    PointerTable members;
+    std::vector<Vertex *> members;
+    std::vector<uint32_t> surfaces_using;
+    std::vector<uint8_t> held;
+    std::vector<uint32_t> stamp;     /* last pass that met the vertex */
+    uint32_t pass = 0;
 };
+
+static long member_place(const VertexUse *use, const Vertex *v)
+{
+    uint32_t i = v->mark;
+    return i < use->members.size() && use->members[i] == v ? (long)i : -1;
+}
+
+/* Starts a pass over one surface's points: each place answers "first
+ * meeting" once. */
+static void begin_pass(VertexUse *use) { use->pass++; }
+
+static bool first_meeting(VertexUse *use, long place)
+{
+    if (use->stamp[(size_t)place] == use->pass) return false;
+    use->stamp[(size_t)place] = use->pass;
+    return true;
+}
 
 struct SplineRun {
     SurfaceEdits edits;
@@ -37,16 +61,22 @@ static VertexUse *vertex_use(SplineRun *run, Object *object)
     std::unique_ptr<VertexUse> &slot = run->use[object];
     if (slot) return slot.get();
     slot.reset(new VertexUse);
-    for (List *v = object->vertices; v; v = v->next) ptable_set(&slot->members, v->item, 1);
-    PointerTable seen;
+    VertexUse *use = slot.get();
+    for (List *v = object->vertices; v; v = v->next) use->members.push_back((Vertex *)v->item);
+    /* Backwards, so a vertex listed twice keeps its first place. */
+    for (size_t i = use->members.size(); i-- > 0;) use->members[i]->mark = (uint32_t)i;
+    use->surfaces_using.assign(use->members.size(), 0);
+    use->held.assign(use->members.size(), 1);
+    use->stamp.assign(use->members.size(), 0);
     for (List *s = object->surfaces; s; s = s->next) {
-        ptable_clear(&seen);
+        begin_pass(use);
         for (List *r = ((Surface *)s->item)->vertrefs; r; r = r->next) {
             Vertex *v = ((SVertex *)r->item)->vertex;
-            if (ptable_set_if_absent(&seen, v, 1)) ptable_increment(&slot->surfaces_using, v);
+            long place = v ? member_place(use, v) : -1;
+            if (place >= 0 && first_meeting(use, place)) use->surfaces_using[(size_t)place]++;
         }
     }
-    return slot.get();
+    return use;
 }
 
 /* The s points of one curve piece through the control points a, b, c;
@@ -81,15 +111,19 @@ static std::vector<Vertex *> spline_points(const std::vector<Vertex *> &p, int c
  * the others lose this surface from their count. */
 static void release_old_points(ObjectEdit *e, VertexUse *use, const std::vector<Vertex *> &points)
 {
-    PointerTable done;
+    begin_pass(use);
     for (Vertex *v : points) {
-        if (!ptable_set_if_absent(&done, v, 1)) continue;
-        if (ptable_value(&use->surfaces_using, v) > 1) {
-            ptable_decrement(&use->surfaces_using, v);
+        long place = member_place(use, v);
+        if (place < 0 || !first_meeting(use, place)) continue;
+        uint32_t &count = use->surfaces_using[(size_t)place];
+        if (count > 1) {
+            count--;
             continue;
         }
-        ptable_erase(&use->surfaces_using, v);
-        if (ptable_erase(&use->members, v)) edit_drop_vertex(e, v);
+        count = 0;
+        if (!use->held[(size_t)place]) continue;
+        use->held[(size_t)place] = 0;
+        edit_drop_vertex(e, v);
     }
 }
 

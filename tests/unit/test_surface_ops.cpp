@@ -11,7 +11,9 @@
 #include "edit/primitives.h"
 #include "edit/surface_ops.h"
 
+#include <algorithm>
 #include <cmath>
+#include <random>
 #include <cstring>
 
 namespace {
@@ -364,6 +366,64 @@ TEST_F(SurfaceOpsTest, SplinedOpenLineKeepsItsEnds)
     EXPECT_POINT(refs_of(s).back()->vertex->point, 4, 0, 0);
     EXPECT_EQ(o->num_vert, 14u);
     expect_consistent(o);
+}
+
+/* Random objects whose surfaces share points, repeat a point, or name
+ * another object's point: after splining a random share of the surfaces
+ * one by one, an old point is gone exactly when it belonged to the object
+ * and every surface of the object that used it was splined. */
+TEST_F(SurfaceOpsTest, SplineDropsExactlyThePointsNoOtherSurfaceUses)
+{
+    prefs.spline_steps = 2;
+    std::mt19937 random(11);
+    for (int round = 0; round < 60; round++) {
+        Object *other = object_with_points(world, {{9, 9, 9}, {8, 8, 8}});
+        Object *o = new_object(OBJECT_NORMAL);
+        object_add_child(world, o);
+        int n = 3 + (int)(random() % 12);
+        std::vector<Vertex *> points;
+        for (int i = 0; i < n; i++) {
+            float p[3] = {(float)i, (float)(i % 3), 0.0f};
+            points.push_back(object_add_new_vertex(o, p));
+            /* Stale marks that name places in the object. */
+            points.back()->mark = (uint32_t)(random() % (unsigned)n);
+        }
+        ((Vertex *)other->vertices->item)->mark = 0;
+        std::vector<std::vector<Vertex *>> faces;
+        for (int k = 0; k < 2 + (int)(random() % 6); k++) {
+            std::vector<Vertex *> face;
+            for (int c = 0; c < 3 + (int)(random() % 3); c++) face.push_back(points[random() % points.size()]);
+            if (k == 1) face.push_back((Vertex *)other->vertices->item);
+            faces.push_back(face);
+            Surface *s = new_surface();
+            for (Vertex *v : face) surface_add_vertref(s, new_svertex(v, 0, 0));
+            object_add_surface(o, s);
+        }
+        std::vector<Surface *> surfaces = surfaces_of(o);
+        std::vector<bool> splined(surfaces.size());
+        for (size_t k = 0; k < surfaces.size(); k++) splined[k] = random() % 2;
+        std::vector<Vertex *> want;
+        for (Vertex *v : points) {
+            bool used = false, kept = false;
+            for (size_t k = 0; k < faces.size(); k++) {
+                if (std::find(faces[k].begin(), faces[k].end(), v) == faces[k].end()) continue;
+                used = true;
+                if (!splined[k]) kept = true;
+            }
+            if (!used || kept) want.push_back(v);
+        }
+        for (size_t k = 0; k < surfaces.size(); k++) {
+            if (splined[k]) surface_spline(surfaces[k], nullptr);
+        }
+        std::vector<Vertex *> old_left;
+        for (List *l = o->vertices; l; l = l->next) {
+            if (std::find(points.begin(), points.end(), (Vertex *)l->item) != points.end())
+                old_left.push_back((Vertex *)l->item);
+        }
+        ASSERT_EQ(old_left, want) << "round " << round;
+        EXPECT_EQ(other->num_vert, 2u);
+        clear_world_children();
+    }
 }
 
 TEST_F(SurfaceOpsTest, SplineKeepsPointsOtherSurfacesUse)
