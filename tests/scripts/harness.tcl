@@ -50,12 +50,18 @@ tool_constraint python3 python3
 set ::case_depth 0
 set ::case_mismatches {}
 set ::checks_run 0
+set ::checks_at_enter 0
 set ::unreported 0
 proc harness_case_enter {args} {
-    if {[incr ::case_depth] == 1} { set ::case_mismatches {} }
+    if {[incr ::case_depth] == 1} {
+        set ::case_mismatches {}
+        set ::checks_at_enter $::checks_run
+    }
 }
 proc harness_case_leave {cmd code result op} {
     if {[incr ::case_depth -1] > 0} { return }
+    # A case that compares its own result is one check.
+    if {$::checks_run == $::checks_at_enter} { incr ::checks_run }
     # Differences the case body did not hand back with `mismatches` would
     # otherwise be lost: they fail the run all the same.
     if {[llength $::case_mismatches]} {
@@ -80,11 +86,11 @@ proc harness_value {value} { return $value }
 # One expectation: recorded into the enclosing case, or run as a case of
 # its own when there is none.
 proc harness_expect {name actual expected match} {
-    incr ::checks_run
     if {$::case_depth == 0} {
         tcltest::test $name {} -body [list harness_value $actual] -match $match -result $expected
         return
     }
+    incr ::checks_run
     set held [expr {$match eq "glob" ? [string match $expected $actual] : $actual eq $expected}]
     if {!$held} {
         set word [expr {$match eq "glob" ? "pattern" : "expected"}]

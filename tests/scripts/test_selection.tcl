@@ -26,15 +26,19 @@ numvert 1
 numsurf 0
 kids 0}
 close $f
-capture_console { vesk load_vk $model }
-lassign [vesk object_get_children [vesk get_world]] a g
-set b [vesk object_get_children $g]
-check "model loaded" [llength [list $a $g $b]] 3
+tcltest::test selection-1.1 {the model of a group and an object loads} -body {
+    capture_console { vesk load_vk $model }
+    lassign [vesk object_get_children [vesk get_world]] a g
+    set b [vesk object_get_children $g]
+    llength [list $a $g $b]
+} -result 3
 
+# The mode words sent to the interface from here on.
 set ::ui_words {}
 proc set_select_mode_ui {word} { lappend ::ui_words $word }
 
 # --- tree mode ---
+tcltest::test selection-2.1 {tree mode: nothing selected, then everything} -body {
 vesk set_select_mode 0
 check "same mode still tells the interface" $::ui_words tree
 vesk clear_selection
@@ -47,6 +51,10 @@ check "select all: objects" [vesk get_selected_objects] [list $a $g]
 check "numselectedobjects follows" $numselectedobjects 2
 check "size of everything" [vesk get_selection_size] "4 4 6"
 check "centre of everything" [vesk get_selection_centre] "0 2 3"
+mismatches
+} -result {}
+
+tcltest::test selection-2.2 {tree mode: clearing, by name and by object} -body {
 
 vesk clear_selection
 check "cleared" [vesk get_selected_objects] ""
@@ -64,8 +72,11 @@ check "object_select" [vesk get_selected_objects] $a
 check "one object: size" [vesk get_selection_size] "2 4 6"
 vesk object_deselect $a
 check "object_deselect" $numselectedobjects 0
+mismatches
+} -result {}
 
 # --- bad input ---
+tcltest::test selection-3.1 {bad ids and modes are refused with a message} -body {
 set text [capture_console { set r [vesk object_select 99999] }]
 check_match "unknown id" $text "*object_select: no object with id 99999*"
 check "unknown id: no result" $r ""
@@ -74,8 +85,11 @@ check_match "non-number id" $text "*no object with id 0*"
 set text [capture_console { vesk set_select_mode 5 }]
 check_match "bad mode refused" $text "*not a select mode*"
 check "bad mode sends no word" $::ui_words tree
+mismatches
+} -result {}
 
 # --- object and vertex modes ---
+tcltest::test selection-4.1 {the selection carried from mode to mode} -body {
 vesk select_all
 vesk set_select_mode 1
 check "tree to object: leaves" [vesk get_selected_objects] [list $a $b]
@@ -92,5 +106,7 @@ vesk object_select $g
 check "vertex mode: group's vertices" $numselected 1
 vesk set_select_mode 0
 check "vertex to tree" [vesk get_selected_objects] $g
+mismatches
+} -result {}
 
 finish
