@@ -102,6 +102,17 @@ proc check {name actual expected} { harness_expect $name $actual $expected exact
 proc check_true {name condition} { harness_expect $name [expr {$condition ? 1 : 0}] 1 exact }
 proc check_match {name actual pattern} { harness_expect $name $actual $pattern glob }
 
+# Numbers compared as numbers, each within tolerance of the one expected,
+# so that a check says what a value is, not how the code prints it.
+proc check_numbers {name actual expected {tolerance 1e-9}} {
+    set held [expr {[llength $actual] == [llength $expected]}]
+    foreach a $actual e $expected {
+        if {!$held} break
+        set held [expr {[string is double -strict $a] && abs($a - $e) <= $tolerance}]
+    }
+    harness_expect $name [expr {$held ? $expected : $actual}] $expected exact
+}
+
 # Runs body (in the caller's frame) with the given streams captured;
 # returns what went to them, stream by stream.  Console output of the
 # core goes straight to the process's file descriptors, so the capture
