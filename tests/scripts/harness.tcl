@@ -51,17 +51,22 @@ set ::case_depth 0
 set ::case_mismatches {}
 set ::checks_run 0
 set ::checks_at_enter 0
+set ::skipped_at_enter 0
 set ::unreported 0
 proc harness_case_enter {args} {
     if {[incr ::case_depth] == 1} {
         set ::case_mismatches {}
         set ::checks_at_enter $::checks_run
+        set ::skipped_at_enter $tcltest::numTests(Skipped)
     }
 }
 proc harness_case_leave {cmd code result op} {
     if {[incr ::case_depth -1] > 0} { return }
-    # A case that compares its own result is one check.
-    if {$::checks_run == $::checks_at_enter} { incr ::checks_run }
+    # A case that compares its own result is one check; a skipped case
+    # checks nothing.
+    if {$::checks_run == $::checks_at_enter && $tcltest::numTests(Skipped) == $::skipped_at_enter} {
+        incr ::checks_run
+    }
     # Differences the case body did not hand back with `mismatches` would
     # otherwise be lost: they fail the run all the same.
     if {[llength $::case_mismatches]} {
