@@ -23,14 +23,14 @@ if {[tcltest::testConstraint convert]} {
 }
 
 tcltest::test textures-1.1 {images enter the table once each, by suffix} -constraints convert -body {
-check "first texture" [vesk add_new_texture $gif] 1
-check "same file again" [vesk add_new_texture $gif] 1
-check "an upper-case suffix" [vesk add_new_texture $bmp] 2
-check "SGI" [vesk add_new_texture $rgb] 3
-check "no suffix" [vesk add_new_texture [file join $::scratch wood]] 0
-check_match "no loader lists the loaders" [capture_console {vesk add_new_texture x.tga}] \
+    check "first texture" [vesk add_new_texture $gif] 1
+    check "same file again" [vesk add_new_texture $gif] 1
+    check "an upper-case suffix" [vesk add_new_texture $bmp] 2
+    check "SGI" [vesk add_new_texture $rgb] 3
+    check "no suffix" [vesk add_new_texture [file join $::scratch wood]] 0
+    check_match "no loader lists the loaders" [capture_console {vesk add_new_texture x.tga}] \
     "*I can load these files as textures:*.gif (GIF image files)*"
-mismatches
+    mismatches
 } -result {}
 
 tcltest::test textures-1.2 {a missing file loads nothing} -body {
@@ -92,38 +92,38 @@ tcltest::test textures-2.1 {a missing texture keeps its name when saved} -setup 
 
 # Set on the group: both objects; off on the group: the children keep it.
 tcltest::test textures-2.2 {textures given to a group and taken off it} -constraints convert -body {
-vesk select_all
-check "load and set" [vesk load_and_set_new_texture $gif] 1
-vesk save_vk $saved
-set text [read_file $saved]
-check "every object textured" [regexp -all "texture \"[string map {. \\.} $gif]\"" $text] 3
-vesk selected_texture_off
-vesk save_vk $saved
-check "off leaves the children" [regexp -all "texture \"[string map {. \\.} $gif]\"" [read_file $saved]] 2
-vesk set_texture 2
-vesk save_vk $saved
-check "set_texture gives texture 2" [regexp -all "texture \"[string map {. \\.} $bmp]\"" [read_file $saved]] 3
-mismatches
+    vesk select_all
+    check "load and set" [vesk load_and_set_new_texture $gif] 1
+    vesk save_vk $saved
+    set text [read_file $saved]
+    check "every object textured" [regexp -all "texture \"[string map {. \\.} $gif]\"" $text] 3
+    vesk selected_texture_off
+    vesk save_vk $saved
+    check "off leaves the children" [regexp -all "texture \"[string map {. \\.} $gif]\"" [read_file $saved]] 2
+    vesk set_texture 2
+    vesk save_vk $saved
+    check "set_texture gives texture 2" [regexp -all "texture \"[string map {. \\.} $bmp]\"" [read_file $saved]] 3
+    mismatches
 } -result {}
 
 # Repeats, then undo.
 tcltest::test textures-2.3 {texture repeats, then undo} -constraints convert -body {
-vesk set_texture_repeats 4 0.5
-vesk save_vk $saved
-check "repeats on all three" [regexp -all {texrep 4 0.5} [read_file $saved]] 3
-vesk undo
-vesk save_vk $saved
-check "undo restores the repeats" [regexp -all {texrep 4 0.5} [read_file $saved]] 0
-mismatches
+    vesk set_texture_repeats 4 0.5
+    vesk save_vk $saved
+    check "repeats on all three" [regexp -all {texrep 4 0.5} [read_file $saved]] 3
+    vesk undo
+    vesk save_vk $saved
+    check "undo restores the repeats" [regexp -all {texrep 4 0.5} [read_file $saved]] 0
+    mismatches
 } -result {}
 
 # Background images need no display to load.
 tcltest::test textures-3.1 {background images without a display} -constraints convert -body {
-check "load background" [vesk load_background_image $gif 0] ""
-check "clear background" [vesk clear_background_image 0] ""
-check_match "no such view" [capture_console {vesk load_background_image $gif 5}] "*"
-check "dialog cancelled loads nothing" [vesk file_select_texture] ""
-mismatches
+    check "load background" [vesk load_background_image $gif 0] ""
+    check "clear background" [vesk clear_background_image 0] ""
+    check_match "no such view" [capture_console {vesk load_background_image $gif 5}] "*"
+    check "dialog cancelled loads nothing" [vesk file_select_texture] ""
+    mismatches
 } -result {}
 
 finish
