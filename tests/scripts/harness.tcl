@@ -12,6 +12,9 @@
 # held), and the case expects -result {}.  Called outside any case, each
 # of them is a tcltest case of its own, named after its name, so scripts
 # written as a plain list of checks report through tcltest too.
+# `check_numbers` compares numbers within a tolerance, for values that
+# are computed rather than copied; `tool_constraint` defines a constraint
+# that holds where a checker program is installed.
 # The script's arguments are the tests source directory and a scratch
 # directory that the script may fill (created here, emptied first).
 
@@ -168,7 +171,7 @@ proc dump {id} {
 # Prints tcltest's summary and leaves with the run's verdict.
 proc finish {} {
     set failed [expr {$tcltest::numTests(Failed) + $::unreported}]
-    puts "$::checks_run checks"
+    puts "$::checks_run checks in $tcltest::numTests(Total) cases"
     # cleanupTests would exit (with success) when Tk is loaded; the
     # verdict is ours to give.
     tcltest::testConstraint interactive 1
