@@ -4,14 +4,24 @@ source [file join [lindex $argv 0] scripts harness.tcl]
 
 proc status_of {body} { uplevel 1 [list capture_console $body] }
 
-check_match "empty model" [status_of { vesk fit_3d }] "*fit 3D view - the model is empty*"
+tcltest::test fit3d-1.1 {an empty model is refused with a status message} -body {
+    status_of { vesk fit_3d }
+} -match glob -result "*fit 3D view - the model is empty*"
 
-vesk new_cube
-vesk clear_selection
-check_match "the whole model" [status_of { vesk fit_3d }] "*3D view fitted to the model*"
-vesk select_all
-check_match "the selection" [status_of { vesk fit_3d }] "*3D view fitted to the selection*"
+tcltest::test fit3d-1.2 {the whole model, then the selection, is framed} -setup {
+    vesk new_cube
+    vesk clear_selection
+} -body {
+    check_match "the whole model" [status_of { vesk fit_3d }] "*3D view fitted to the model*"
+    vesk select_all
+    check_match "the selection" [status_of { vesk fit_3d }] "*3D view fitted to the selection*"
+    mismatches
+} -result {}
+
 # Fitting changes no part of the model and records no undo step.
-check "no undo step" $undo_count 1
+tcltest::test fit3d-1.3 {fitting records no undo step} -body {
+    check "no undo step" $undo_count 1
+    mismatches
+} -result {}
 
 finish

@@ -31,7 +31,8 @@ proc same {name actual expected exact} {
     if {$exact} {
         check $name $actual $expected
     } else {
-        check $name [near $actual $expected] 1
+        # What differed is shown whole.
+        check $name [expr {[near $actual $expected] ? $expected : $actual}] $expected
     }
 }
 
@@ -78,64 +79,75 @@ set wiping {
 
 # --- an older step, then a step that keeps the history: undo, redo, undo
 # --- everything ---
+set ::case_number 0
 foreach {older_name older_step} $older {
     foreach {name setup step} $keeping {
         set case "$older_name, then $name"
         set exact [expr {$name ni {move resize rotate}}]
-        reload
-        set start [model_print]
-        set n0 $undo_count
-        capture_console { uplevel #0 $older_step }
-        set after_older [model_print]
-        check "$case: the older step changed the model" [expr {$after_older ne $start}] 1
-        capture_console { vesk clear_selection; uplevel #0 $setup }
-        set n1 $undo_count
-        capture_console { uplevel #0 $step }
-        set done [model_print]
-        set n2 $undo_count
-        check "$case: the step kept a record" [expr {$n2 > $n1}] 1
-        check "$case: the step's own record" [lindex [vesk undo_history] end] [dict get $labels $name]
-        capture_console { vesk undo }
-        same "$case: undone" [model_print] $after_older $exact
-        capture_console { vesk redo }
-        check "$case: redone" [model_print] $done
-        check "$case: the history kept its length" $undo_count $n2
-        capture_console { vesk undo }
-        same "$case: undone again" [model_print] $after_older $exact
-        undo_back_to $n1
-        same "$case: back before the step" [model_print] $after_older $exact
-        undo_back_to $n0
-        same "$case: the older step still undoes" [model_print] $start $exact
-        # And forward again through everything.
-        redo_all
-        check "$case: everything redone" [model_print] $done
-        undo_back_to $n0
-        same "$case: everything undone again" [model_print] $start $exact
+        tcltest::test history-1.[incr ::case_number] "$case: undo, redo, and the older step still undoes" -setup {
+            reload
+        } -body {
+            set start [model_print]
+            set n0 $undo_count
+            capture_console { uplevel #0 $older_step }
+            set after_older [model_print]
+            check "$case: the older step changed the model" [expr {$after_older ne $start}] 1
+            capture_console { vesk clear_selection; uplevel #0 $setup }
+            set n1 $undo_count
+            capture_console { uplevel #0 $step }
+            set done [model_print]
+            set n2 $undo_count
+            check "$case: the step kept a record" [expr {$n2 > $n1}] 1
+            check "$case: the step's own record" [lindex [vesk undo_history] end] [dict get $labels $name]
+            capture_console { vesk undo }
+            same "$case: undone" [model_print] $after_older $exact
+            capture_console { vesk redo }
+            check "$case: redone" [model_print] $done
+            check "$case: the history kept its length" $undo_count $n2
+            capture_console { vesk undo }
+            same "$case: undone again" [model_print] $after_older $exact
+            undo_back_to $n1
+            same "$case: back before the step" [model_print] $after_older $exact
+            undo_back_to $n0
+            same "$case: the older step still undoes" [model_print] $start $exact
+            # And forward again through everything.
+            redo_all
+            check "$case: everything redone" [model_print] $done
+            undo_back_to $n0
+            same "$case: everything undone again" [model_print] $start $exact
+            mismatches
+        } -result {}
     }
 }
 
 # --- a wiping step undone and redone: the undo empties the history as it
 # --- always did; the redone step undoes to the model before it ---
+set ::case_number 0
 foreach {name setup step} $wiping {
-    reload
-    capture_console { vesk set_select_mode 0; vesk object_select [box]; vesk move 0.5 0 0 }
-    capture_console { uplevel #0 $setup }
-    set before [model_print]
-    capture_console { uplevel #0 $step }
-    set done [model_print]
-    check "$name: the step changed the model" [expr {$done ne $before}] 1
-    capture_console { vesk undo }
-    check "$name: undone" [model_print] $before
-    check "$name: the undo wiped the history" $undo_count 0
-    capture_console { vesk redo }
-    check "$name: redone" [model_print] $done
-    check "$name: one record" $undo_count 1
-    capture_console { vesk undo }
-    check "$name: the redone step undoes" [model_print] $before
+    tcltest::test history-2.[incr ::case_number] "$name: the undo wipes the history, the redone step undoes" -setup {
+        reload
+    } -body {
+        capture_console { vesk set_select_mode 0; vesk object_select [box]; vesk move 0.5 0 0 }
+        capture_console { uplevel #0 $setup }
+        set before [model_print]
+        capture_console { uplevel #0 $step }
+        set done [model_print]
+        check "$name: the step changed the model" [expr {$done ne $before}] 1
+        capture_console { vesk undo }
+        check "$name: undone" [model_print] $before
+        check "$name: the undo wiped the history" $undo_count 0
+        capture_console { vesk redo }
+        check "$name: redone" [model_print] $done
+        check "$name: one record" $undo_count 1
+        capture_console { vesk undo }
+        check "$name: the redone step undoes" [model_print] $before
+        mismatches
+    } -result {}
 }
 
 # --- a wiping step as the older one, with a step on top that is redone
 # --- in place on the wiping step's redone copy ---
+set ::case_number 0
 foreach {name setup step} $wiping {
     foreach {top_name top_setup top_step} {
         "add surface" {vesk set_select_mode 2; vesk select_all} {vesk createsurface}
@@ -143,74 +155,90 @@ foreach {name setup step} $wiping {
         move {vesk set_select_mode 0; vesk select_all} {vesk move 0 0.25 0}
     } {
         set case "$name, then $top_name"
-        reload
-        capture_console { uplevel #0 $setup }
-        set start [model_print]
-        set n0 $undo_count
-        capture_console { uplevel #0 $step }
-        set after_wipe [model_print]
-        capture_console { uplevel #0 $top_setup }
-        capture_console { uplevel #0 $top_step }
-        set done [model_print]
-        if {$done eq $after_wipe} {
-            # Nothing to do on this model (no vertices left to join, say).
-            continue
-        }
-        undo_back_to 0
-        check "$case: all undone" [model_print] $start
-        redo_all
-        check "$case: all redone" [model_print] $done
-        capture_console { vesk undo }
-        check "$case: top step undone" [expr {[model_print] ne $done}] 1
-        undo_back_to 0
-        check "$case: the redone wiping step undoes too" [model_print] $start
-        check "$case: nothing left" [capture_console { vesk undo }] "nothing to UNDO!\n"
+        tcltest::test history-3.[incr ::case_number] "$case: redone in place on the wiping step's redone copy" -setup {
+            reload
+        } -body {
+            capture_console { uplevel #0 $setup }
+            set start [model_print]
+            set n0 $undo_count
+            capture_console { uplevel #0 $step }
+            set after_wipe [model_print]
+            capture_console { uplevel #0 $top_setup }
+            capture_console { uplevel #0 $top_step }
+            set done [model_print]
+            if {$done eq $after_wipe} {
+                # Nothing to do on this model (no vertices left to join, say).
+                return [mismatches]
+            }
+            undo_back_to 0
+            check "$case: all undone" [model_print] $start
+            redo_all
+            check "$case: all redone" [model_print] $done
+            capture_console { vesk undo }
+            check "$case: top step undone" [expr {[model_print] ne $done}] 1
+            undo_back_to 0
+            check "$case: the redone wiping step undoes too" [model_print] $start
+            check "$case: nothing left" [capture_console { vesk undo }] "nothing to UNDO!\n"
+            mismatches
+        } -result {}
     }
 }
 
 # --- three in-place steps undone and redone in a row ---
-reload
-set start [model_print]
-set states {}
-foreach step {
-    {vesk set_select_mode 2; vesk object_select [flat]; vesk insert_vertex}
-    {vesk set_select_mode 2; vesk select_all; vesk createsurface}
-    {vesk set_select_mode 2; vesk object_select [box]; vesk insert_vertex}
-} {
-    capture_console { uplevel #0 $step }
-    lappend states [model_print]
-}
-undo_back_to 0
-check "chain: all undone" [model_print] $start
-redo_all
-check "chain: all redone" [model_print] [lindex $states end]
-undo_back_to 0
-check "chain: all undone after the redo" [model_print] $start
+tcltest::test history-4.1 {three in-place steps undone and redone in a row} -setup {
+    reload
+} -body {
+    set start [model_print]
+    set states {}
+    foreach step {
+        {vesk set_select_mode 2; vesk object_select [flat]; vesk insert_vertex}
+        {vesk set_select_mode 2; vesk select_all; vesk createsurface}
+        {vesk set_select_mode 2; vesk object_select [box]; vesk insert_vertex}
+    } {
+        capture_console { uplevel #0 $step }
+        lappend states [model_print]
+    }
+    undo_back_to 0
+    check "chain: all undone" [model_print] $start
+    redo_all
+    check "chain: all redone" [model_print] [lindex $states end]
+    undo_back_to 0
+    check "chain: all undone after the redo" [model_print] $start
+    mismatches
+} -result {}
 
 # --- a redone tree delete takes out the very objects its undo put back,
 # --- and its undo selects them again, as the original's did ---
-reload
-set flat_id [flat]
-capture_console { vesk set_select_mode 0; vesk clear_selection; vesk object_select $flat_id; vesk delete }
-set deleted [model_print]
-capture_console { vesk undo }
-check "tree delete: the undo gives the same object back" [flat] $flat_id
-capture_console { vesk redo }
-check "tree delete: redone" [model_print] $deleted
-check "tree delete: a tree-delete record" [lindex [vesk undo_history] end] delete
-capture_console { vesk undo }
-check "tree delete: undone again, still the same object" [flat] $flat_id
-check "tree delete: and it is selected" [vesk get_selected_objects] $flat_id
-capture_console { vesk redo; vesk undo; vesk redo; vesk undo }
-check "tree delete: back and forth" [list [flat] [vesk get_selected_objects]] [list $flat_id $flat_id]
+tcltest::test history-4.2 {a redone tree delete takes out the objects its undo put back} -setup {
+    reload
+} -body {
+    set flat_id [flat]
+    capture_console { vesk set_select_mode 0; vesk clear_selection; vesk object_select $flat_id; vesk delete }
+    set deleted [model_print]
+    capture_console { vesk undo }
+    check "tree delete: the undo gives the same object back" [flat] $flat_id
+    capture_console { vesk redo }
+    check "tree delete: redone" [model_print] $deleted
+    check "tree delete: a tree-delete record" [lindex [vesk undo_history] end] delete
+    capture_console { vesk undo }
+    check "tree delete: undone again, still the same object" [flat] $flat_id
+    check "tree delete: and it is selected" [vesk get_selected_objects] $flat_id
+    capture_console { vesk redo; vesk undo; vesk redo; vesk undo }
+    check "tree delete: back and forth" [list [flat] [vesk get_selected_objects]] [list $flat_id $flat_id]
+    mismatches
+} -result {}
 
 # --- a new edit clears what could be redone ---
-reload
-capture_console { vesk set_select_mode 2; vesk object_select [flat]; vesk createsurface }
-capture_console { vesk undo }
-check "one to redo" $redo_count 1
-capture_console { vesk set_select_mode 0; vesk object_select [box]; vesk move 1 0 0 }
-check "a new edit clears redo" $redo_count 0
-check "nothing to redo" [capture_all { vesk redo }] "nothing to REDO!\nnothing to redo\n"
+tcltest::test history-4.3 {a new edit clears what could be redone} -setup {
+    reload
+} -body {
+    capture_console { vesk set_select_mode 2; vesk object_select [flat]; vesk createsurface }
+    capture_console { vesk undo }
+    check "one to redo" $redo_count 1
+    capture_console { vesk set_select_mode 0; vesk object_select [box]; vesk move 1 0 0 }
+    check "a new edit clears redo" $redo_count 0
+    check "nothing to redo" [capture_all { vesk redo }] "nothing to REDO!\nnothing to redo\n"
+    mismatches
+} -result {}
 
 finish

@@ -98,52 +98,58 @@ proc saved_part {id} {
     return $text
 }
 
-set count 0
-set broken ""
-set out [capture_all {
-    fresh_model
-    set until [expr {[clock milliseconds] + 1000 * $seconds}]
-    while {[clock milliseconds] < $until && $count < $most} {
-        set name [pick [dict keys $commands]]
-        if {rand() < 0.1} { set name [pick {undo select_all clear_selection new_cube set_select_mode}] }
-        set words [random_words [dict get $commands $name]]
-        if {$name eq "set_select_mode" && rand() < 0.8} { set words [list [expr {int(rand() * 3)}]] }
-        vesk $name {*}$words
-        incr count
-        lassign [vesk_check_tree] problems report
-        if {$problems != 0} {
-            set broken "after command $count: vesk $name $words\n$report"
-            break
+tcltest::test soak-1.1 {random commands, good and bad, leave the model whole} -body {
+    set count 0
+    set broken ""
+    set out [capture_all {
+        fresh_model
+        set until [expr {[clock milliseconds] + 1000 * $seconds}]
+        while {[clock milliseconds] < $until && $count < $most} {
+            set name [pick [dict keys $commands]]
+            if {rand() < 0.1} { set name [pick {undo select_all clear_selection new_cube set_select_mode}] }
+            set words [random_words [dict get $commands $name]]
+            if {$name eq "set_select_mode" && rand() < 0.8} { set words [list [expr {int(rand() * 3)}]] }
+            vesk $name {*}$words
+            incr count
+            lassign [vesk_check_tree] problems report
+            if {$problems != 0} {
+                set broken "after command $count: vesk $name $words\n$report"
+                break
+            }
+            # Keep the model small enough that every command stays quick.
+            if {[dict get [vesk get_info] vertices] > 30000} { fresh_model }
         }
-        # Keep the model small enough that every command stays quick.
-        if {[dict get [vesk get_info] vertices] > 30000} { fresh_model }
-    }
-}]
-check "no command broke the model (seed $seed)" $broken ""
-check_true "hundreds of commands ran" [expr {$count > 200}]
-puts "soak: $count commands (VESK_SOAK_SEED=$seed VESK_SOAK_COMMANDS=$count repeats this run)"
+    }]
+    check "no command broke the model (seed $seed)" $broken ""
+    check_true "hundreds of commands ran" [expr {$count > 200}]
+    puts "soak: $count commands (VESK_SOAK_SEED=$seed VESK_SOAK_COMMANDS=$count repeats this run)"
+    mismatches
+} -result {}
 
 # The model as it ended, saved and opened again.
-set file [file join $::scratch soak_end.vk]
-capture_all { set saved [vesk save_vk $file] }
-set before [saved_part [vesk get_world]]
-capture_all { set opened [vesk open_vk $file] }
-check "saved (seed $seed)" $saved 1
-check "opened again (seed $seed)" $opened 1
-set after [saved_part [vesk get_world]]
-check "the same model after a save and open (seed $seed)" [expr {$after eq $before}] 1
-if {$after ne $before} {
-    foreach a [split $before \n] b [split $after \n] {
-        if {$a eq $b} continue
-        foreach x [split $a |] y [split $b |] {
-            if {$x eq $y} continue
-            foreach p $x q $y {
-                if {$p ne $q} { puts "first difference in [lindex [split $a |] 0]:\n  saved:  $p\n  opened: $q"; break }
+tcltest::test soak-1.2 {the model the commands left saves and opens again the same} -body {
+    set file [file join $::scratch soak_end.vk]
+    capture_all { set saved [vesk save_vk $file] }
+    set before [saved_part [vesk get_world]]
+    capture_all { set opened [vesk open_vk $file] }
+    check "saved (seed $seed)" $saved 1
+    check "opened again (seed $seed)" $opened 1
+    set after [saved_part [vesk get_world]]
+    check "the same model after a save and open (seed $seed)" [expr {$after eq $before}] 1
+    if {$after ne $before} {
+        foreach a [split $before \n] b [split $after \n] {
+            if {$a eq $b} continue
+            foreach x [split $a |] y [split $b |] {
+                if {$x eq $y} continue
+                foreach p $x q $y {
+                    if {$p ne $q} { puts "first difference in [lindex [split $a |] 0]:\n  saved:  $p\n  opened: $q"; break }
+                }
+                break
             }
             break
         }
-        break
     }
-}
+    mismatches
+} -result {}
 
 finish
