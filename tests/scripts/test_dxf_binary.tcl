@@ -87,6 +87,10 @@ foreach name {all_r12 all_r2018} {
     set wide [expr {$name eq "all_r12" ? 0 : 1}]
     check "$name: group code width" [string equal [string range $bytes 22 [expr {23 + $wide}]] \
         "[string repeat \0 [expr {1 + $wide}]]S"] 1
+    if {!$wide} {
+        # Extended data: 255, then code 1000 in two bytes.
+        check_true "$name: escaped two-byte codes" [expr {[string first "\xff\xe8\x03" $bytes] > 0}]
+    }
     lassign [import_alone $ascii] ascii_result ascii_output ascii_model
     lassign [import_alone $binary] binary_result binary_output binary_model
     check "$name: ASCII read" $ascii_result 1
