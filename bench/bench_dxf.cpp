@@ -1,19 +1,22 @@
 /*
  * bench_dxf.cpp - times the DXF reader on drawings made in memory: a grid
  * of 3DFACEs on five layers, and the same count of CIRCLEs (each
- * flattened to rot_segments points).  Prints seconds, MB/s and the
- * objects made.
+ * flattened to rot_segments points), and the 3DFACEs again as a binary
+ * DXF file (two-byte codes): the translation to text alone and the
+ * whole read.  Prints seconds, MB/s and the objects made.
  *
  *   bench_dxf [entities...]        default: 100000 300000
  */
 #include "vesk.h"
 #include "bench_support.h"
 #include "app/prefs.h"
+#include "fileio/dxf_binary.h"
 #include "fileio/dxf_reader.h"
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -35,6 +38,75 @@ static std::string drawing(long count, bool circles)
     }
     text += "0\nENDSEC\n0\nEOF\n";
     return text;
+}
+
+static void put_code(std::string *bytes, int code)
+{
+    bytes->push_back((char)(code & 0xFF));
+    bytes->push_back((char)(code >> 8));
+}
+
+static void put_string(std::string *bytes, int code, const std::string &s)
+{
+    put_code(bytes, code);
+    *bytes += s;
+    bytes->push_back('\0');
+}
+
+static void put_double(std::string *bytes, int code, double d)
+{
+    put_code(bytes, code);
+    unsigned char b[8];
+    memcpy(b, &d, sizeof b);   /* little-endian machines only, like the files */
+    bytes->append((const char *)b, sizeof b);
+}
+
+/* The 3DFACE drawing as a binary DXF file. */
+static std::string binary_drawing(long count)
+{
+    std::string bytes("AutoCAD Binary DXF\r\n\x1a\0", 22);
+    put_string(&bytes, 0, "SECTION");
+    put_string(&bytes, 2, "ENTITIES");
+    for (long i = 0; i < count; i++) {
+        double x = (double)(i % 1000) * 1.25, y = (double)(i / 1000) * 1.25;
+        double corners[4][2] = {{x, y}, {x + 1, y}, {x + 1, y + 1}, {x, y + 1}};
+        put_string(&bytes, 0, "3DFACE");
+        put_string(&bytes, 8, "L" + std::to_string(i % 5));
+        for (int k = 0; k < 4; k++) {
+            put_double(&bytes, 10 + k, corners[k][0]);
+            put_double(&bytes, 20 + k, corners[k][1]);
+            put_double(&bytes, 30 + k, 0.0);
+        }
+    }
+    put_string(&bytes, 0, "ENDSEC");
+    put_string(&bytes, 0, "EOF");
+    return bytes;
+}
+
+static void run_binary(long count)
+{
+    std::string bytes = binary_drawing(count), text, error;
+    double mb = bytes.size() / 1048576.0;
+    double start = now();
+    bool ok = dxf_binary_to_text(bytes.data(), bytes.size(), &text, &error);
+    double seconds = now() - start;
+    if (!ok) {
+        printf("%ld binary 3DFACEs: refused: %s\n", count, error.c_str());
+        return;
+    }
+    printf("%8ld %-8s %7.1f MB  %6.2f s  %6.1f MB/s  translated to %.1f MB of text\n", count, "binary", mb, seconds,
+           mb / seconds, text.size() / 1048576.0);
+    start = now();
+    DxfResult result;
+    read_dxf_text(bytes.c_str(), bytes.size(), "bench", &result);
+    seconds = now() - start;
+    if (!result.drawing) {
+        printf("%ld binary 3DFACEs: refused: %s\n", count, result.error.c_str());
+        return;
+    }
+    printf("%8ld %-8s %7.1f MB  %6.2f s  %6.1f MB/s  %ld entities on %lu layers (whole read)\n", count, "binary", mb,
+           seconds, mb / seconds, result.entities, (unsigned long)result.drawing->num_kids);
+    object_free(result.drawing);
 }
 
 static void run(long count, bool circles)
@@ -71,6 +143,7 @@ int main(int argc, char **argv)
     for (long n : counts) {
         run(n, false);
         run(n, true);
+        run_binary(n);
     }
     return 0;
 }

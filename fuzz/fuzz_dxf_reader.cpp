@@ -1,7 +1,8 @@
 /*
  * fuzz_dxf_reader.cpp - libFuzzer target for the DXF reader: each input
- * is read as a whole DXF text; a drawing it makes is freed again (it
- * never joins the world).
+ * is read as a whole DXF file, ASCII or binary (the binary seeds keep
+ * their sentinel, so mutations of them reach the binary translator); a
+ * drawing it makes is freed again (it never joins the world).
  */
 #include "fuzz_support.h"
 #include "fileio/dxf_reader.h"

@@ -37,8 +37,9 @@ bool group_code_of(const std::string &s, int *code)
 
 bool dxf_split_groups(const char *text, size_t size, std::vector<DxfGroup> *groups, std::string *error)
 {
+    /* The reader turns binary files into text before they come here. */
     if (size >= sizeof BINARY_SENTINEL - 1 && !memcmp(text, BINARY_SENTINEL, sizeof BINARY_SENTINEL - 1)) {
-        *error = "this is a binary DXF file; only ASCII DXF can be read - save the drawing as ASCII DXF";
+        *error = "this is a binary DXF file, not its text";
         return false;
     }
     size_t at = 0;

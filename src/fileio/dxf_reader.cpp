@@ -6,9 +6,11 @@
  * into objects at the end.  Only the groups of entities we read reach the
  * library: the rest of the file (header, objects, texts, hatches...) is
  * never parsed by it, which keeps its fixed tables and counts out of
- * reach of a damaged file.
+ * reach of a damaged file.  A binary DXF file is first turned into the
+ * same text (dxf_binary.cpp).
  */
 #include "fileio/dxf_reader.h"
+#include "fileio/dxf_binary.h"
 #include "fileio/dxf_drawing.h"
 #include "fileio/dxf_groups.h"
 
@@ -531,6 +533,13 @@ int dxf_reader_available(void)
 void read_dxf_text(const char *text, size_t size, const char *name, DxfResult *result)
 {
     assert(text[size] == '\0');
+    if (dxf_is_binary(text, size)) {
+        std::string ascii;
+        if (!dxf_binary_to_text(text, size, &ascii, &result->error)) return;
+        /* The text starts with its SECTION group, never with the sentinel. */
+        read_dxf_text(ascii.c_str(), ascii.size(), name, result);
+        return;
+    }
     std::vector<DxfGroup> groups;
     if (!dxf_split_groups(text, size, &groups, &result->error)) return;
     Recorder rec;

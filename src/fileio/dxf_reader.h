@@ -1,6 +1,6 @@
 /*
- * fileio/dxf_reader.h - reading AutoCAD DXF drawings (ASCII, R12 to
- * current) into the model through libdxflib.  The drawing becomes one
+ * fileio/dxf_reader.h - reading AutoCAD DXF drawings (ASCII and binary,
+ * R12 to current) into the model through libdxflib.  The drawing becomes one
  * group object named after the file with one child object per layer
  * (named after the layer); faces, solids and meshes become polygons,
  * closed polylines and circles closed lines, the rest lines.
@@ -35,7 +35,7 @@ struct DxfResult {
     std::string error;           /* why nothing was read */
 };
 
-/* Reads a whole DXF text (text[size] must be NUL).  On success
+/* Reads a whole DXF file, ASCII or binary (text[size] must be NUL).  On success
  * result->drawing holds the new objects, named name, and the palette has
  * their colours; on failure it is null, result->error says why and
  * nothing was changed. */

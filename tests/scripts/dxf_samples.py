@@ -3,7 +3,10 @@
 python3-ezdxf) as the third-party writer: every entity the reader knows,
 layers with index and true colours, blocks inserted with rotation and
 scale, nested inserts, a self-inserting block and entities it skips.
-Usage: dxf_samples.py <output directory>"""
+With a second directory, each drawing is also written there as binary
+DXF under the same name (ezdxf writes one-byte group codes for R12,
+two-byte ones for later versions).
+Usage: dxf_samples.py <output directory> [<binary output directory>]"""
 import os
 import sys
 
@@ -101,9 +104,12 @@ def self_inserting():
 
 def main():
     out = sys.argv[1]
-    drawing("R12").saveas(os.path.join(out, "all_r12.dxf"))
-    drawing("R2018").saveas(os.path.join(out, "all_r2018.dxf"))
-    self_inserting().saveas(os.path.join(out, "self_insert.dxf"))
+    binary = sys.argv[2] if len(sys.argv) > 2 else None
+    for name, doc in (("all_r12.dxf", drawing("R12")), ("all_r2018.dxf", drawing("R2018")),
+                      ("self_insert.dxf", self_inserting())):
+        doc.saveas(os.path.join(out, name))
+        if binary:
+            doc.saveas(os.path.join(binary, name), fmt="bin")
 
 
 main()
