@@ -10,6 +10,7 @@
 #include "edit/selection.h"
 #include "edit/transform.h"
 #include "edit/undo.h"
+#include "edit/edit_prefault.h"
 #include "app/prefs.h"
 #include "app/shared_state.h"
 #include "view/redraw.h"
@@ -47,6 +48,7 @@ int rotate_form_selected_objects(int axis)
         display_message("revolve - no objects selected");
         return 0;
     }
+    EditPrefault prefault(3.0 * n);   /* a copy and its links for each segment */
     new_undo(UNDO_SNAPSHOT, "revolve");
     set_undo_all();
     display_message("revolving...");

@@ -9,6 +9,7 @@
 
 #include <cassert>
 #include <unordered_set>
+#include <vector>
 
 SurfaceEdits::~SurfaceEdits()
 {
@@ -49,48 +50,85 @@ static int dropped_in_list_order(List *head, const DropList *dropped)
     return next == n;
 }
 
-/* Unlinks the nodes whose items were dropped, freeing each item once (at
- * its first node); returns how many went. */
-static uint32_t sweep_list(List **head, const DropList *dropped, void (*release)(void *))
+/* Unlinks the nodes whose items dropped(item) claims, collecting the
+ * items in *gone (freed by the caller afterwards, so that the sweep never
+ * reads a freed record); returns how many went and leaves the last node
+ * kept in *last, the list's new tail. */
+template <typename Dropped>
+static uint32_t sweep_list(List **head, Dropped dropped, std::vector<void *> *gone, List **last)
 {
-    const bool in_order = dropped_in_list_order(*head, dropped);
-    PointerTable table;
-    if (!in_order) {
-        ptable_reserve(&table, dropped->items.size());
-        for (void *item : dropped->items) ptable_set(&table, item, 1);
-    }
-    size_t next = 0;
     uint32_t removed = 0;
     List **link = head;
+    *last = nullptr;
     while (*link) {
         List *node = *link;
-        bool drop = in_order ? next < dropped->items.size() && node->item == dropped->items[next]
-                             : ptable_erase(&table, node->item);
-        if (!drop) {
+        if (!dropped(node->item)) {
+            *last = node;
             link = &node->next;
             continue;
         }
-        next++;
         *link = node->next;
-        release(node->item);
+        gone->push_back(node->item);
         myfree(node);
         removed++;
     }
-    assert(!in_order || next == dropped->items.size());
     return removed;
 }
 
-static void release_surface(void *s) { surface_free((Surface *)s); }
-static void release_vertex(void *v) { myfree(v); }
+/* Surfaces go at their first node: met one after another when they were
+ * dropped in list order, else looked up. */
+static void sweep_surfaces(ObjectEdit *e)
+{
+    Object *o = e->object;
+    const std::vector<void *> &dropped = e->dropped_surfaces.items;
+    std::vector<void *> gone;
+    uint32_t removed;
+    if (dropped_in_list_order(o->surfaces, &e->dropped_surfaces)) {
+        size_t next = 0;
+        auto next_in_order = [&](void *item) {
+            if (next == dropped.size() || item != dropped[next]) return false;
+            next++;
+            return true;
+        };
+        removed = sweep_list(&o->surfaces, next_in_order, &gone, &e->append.surface_tail);
+        assert(next == dropped.size());
+    } else {
+        PointerTable table;
+        ptable_reserve(&table, dropped.size());
+        for (void *item : dropped) ptable_set(&table, item, 1);
+        removed = sweep_list(
+            &o->surfaces, [&](void *item) { return ptable_erase(&table, item) != 0; }, &gone,
+            &e->append.surface_tail);
+    }
+    o->num_surf -= removed;
+    for (void *s : gone) surface_free((Surface *)s);
+}
+
+/* Vertices are told by their scratch marks: the object's are cleared,
+ * the dropped ones set, and each goes at its first node. */
+static void sweep_vertices(ObjectEdit *e)
+{
+    Object *o = e->object;
+    for (List *l = o->vertices; l; l = l->next) ((Vertex *)l->item)->mark = 0;
+    for (void *v : e->dropped_vertices.items) ((Vertex *)v)->mark = 1;
+    std::vector<void *> gone;
+    o->num_vert -= sweep_list(
+        &o->vertices,
+        [](void *item) {
+            Vertex *v = (Vertex *)item;
+            if (v->mark != 1) return false;
+            v->mark = 0;
+            return true;
+        },
+        &gone, &e->append.vertex_tail);
+    for (void *v : gone) myfree(v);
+}
 
 static void finish_one(ObjectEdit *e)
 {
-    Object *o = e->object;
-    if (!e->dropped_surfaces.items.empty())
-        o->num_surf -= sweep_list(&o->surfaces, &e->dropped_surfaces, release_surface);
-    if (!e->dropped_vertices.items.empty())
-        o->num_vert -= sweep_list(&o->vertices, &e->dropped_vertices, release_vertex);
-    appender_refresh(&e->append);
+    if (!e->dropped_surfaces.items.empty()) sweep_surfaces(e);
+    if (!e->dropped_vertices.items.empty()) sweep_vertices(e);
+    assert(e->append.surface_tail == list_end(e->object->surfaces));
 }
 
 void edits_finish(SurfaceEdits *edits)

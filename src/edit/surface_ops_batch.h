@@ -22,9 +22,10 @@
 #include <vector>
 
 /* Items to unlink and free when the batch finishes, in the order they
- * were dropped.  Operations drop in list order almost always, so the
- * sweep first tries to meet them one after another along the list and
- * only hashes them when that fails. */
+ * were dropped.  Operations drop surfaces in list order almost always,
+ * so the sweep first tries to meet them one after another along the list
+ * and only hashes them when that fails; vertices are told apart by their
+ * scratch marks. */
 struct DropList {
     std::vector<void *> items;
 };

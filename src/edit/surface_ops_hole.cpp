@@ -9,6 +9,7 @@
 #include "edit/surface_ops_batch.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
+#include "edit/edit_prefault.h"
 #include "app/prefs.h"
 
 #include <vector>
@@ -130,6 +131,7 @@ int selected_surfaces_make_hole(void)
         return 0;
     }
     display_message("make hole...");
+    EditPrefault prefault(4.0);   /* a ring of quadrilaterals and an inner outline */
     new_undo(UNDO_SNAPSHOT, "make hole");
     set_undo_all();
     if (prefs.hole_percent < 0) {
@@ -222,6 +224,7 @@ int selected_surfaces_bevel(void)
         return 0;
     }
     display_message("bevel...");
+    EditPrefault prefault(5.0);   /* the sides, the raised face and its outline */
     new_undo(UNDO_SNAPSHOT, "bevel");
     set_undo_all();
     int count = run_on_selection(whole, bevel_op, 0.0f);

@@ -14,6 +14,7 @@
 #include "edit/surface_ops_batch.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
+#include "edit/edit_prefault.h"
 #include "app/prefs.h"
 
 #include <memory>
@@ -189,6 +190,7 @@ int spline_selected(void)
     SplineRun run;
     run.steps = spline_steps_setting();
     display_message("setting up undo for spline...");
+    EditPrefault prefault((double)run.steps);   /* each corner becomes steps points */
     new_undo(UNDO_SNAPSHOT, "spline");
     set_undo_all();
     display_message("splining surfaces...");

@@ -10,6 +10,7 @@
 #include "edit/surface_ops_batch.h"
 #include "edit/selection.h"
 #include "edit/undo.h"
+#include "edit/edit_prefault.h"
 #include "app/prefs.h"
 
 #include <unordered_set>
@@ -149,6 +150,7 @@ static int selected_subdivide_run(const SubdivideRun &run)
         display_message("no surfaces selected");
         return 0;
     }
+    EditPrefault prefault(4.0);   /* four pieces and five points a quadrilateral */
     new_undo(UNDO_SNAPSHOT, run.label);
     set_undo_all();
     display_message("%s", run.running);

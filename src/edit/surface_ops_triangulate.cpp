@@ -14,6 +14,7 @@
 #include "edit/selection.h"
 #include "edit/triangulate_cache.h"
 #include "edit/undo.h"
+#include "edit/edit_prefault.h"
 
 #include <GL/glu.h>
 
@@ -287,6 +288,7 @@ int selected_surface_triangulate(void)
     TriangulateRun run;
     run.tess = new_tessellator();
     if (!run.tess) return 0;
+    EditPrefault prefault(2.0);   /* two triangles a quadrilateral, more for larger polygons */
     new_undo(UNDO_SNAPSHOT, "triangluate");
     set_undo_all();
     display_message("triangulating...");
