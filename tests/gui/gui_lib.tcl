@@ -61,21 +61,18 @@ proc launch_vesk {model} {
 # Waits for the scripting socket of the vesk started last and opens it.
 proc connect_vesk {} {
     set token_file [file join $::scratch home vesk-socket-token]
-    for {set i 0} {$i < 200} {incr i} {
-        if {[file exists $token_file] && ![catch {socket 127.0.0.1 $::port} ::sock]} {
-            fconfigure $::sock -buffering line -translation lf -encoding utf-8
-            set fd [open $token_file r]
-            set token [string trim [read $fd]]
-            close $fd
-            puts $::sock $token
-            if {[gets $::sock] ne "ok"} { error "vesk refused the token" }
-            remote {update}
-            return
-        }
-        after 100
+    set open {[file exists $token_file] && ![catch {socket 127.0.0.1 $::port} ::sock]}
+    if {![poll $open 20000]} {
+        puts [read_log]
+        error "vesk did not open its scripting socket within 20 s"
     }
-    puts [read_log]
-    error "vesk did not open its scripting socket"
+    fconfigure $::sock -buffering line -translation lf -encoding utf-8
+    set fd [open $token_file r]
+    set token [string trim [read $fd]]
+    close $fd
+    puts $::sock $token
+    if {[gets $::sock] ne "ok"} { error "vesk refused the token" }
+    wait_idle
 }
 
 # Starts vesk on a model with nothing in it.
@@ -108,21 +105,104 @@ proc remote {script} {
 proc remote_send {script} { puts $::sock $script }
 proc remote_answer {} { return [gets $::sock] }
 
+# ---- waiting for conditions ----
+# The tests never sleep for a fixed time: each waits for the thing its
+# next step depends on, looking again every poll_ms until a timeout.
+
+set ::poll_ms 20
+
+# Evaluates a condition (an expression) in the caller's scope until it is
+# true or timeout_ms have passed; returns whether it came true.  Every
+# wait below polls through here.
+proc poll {condition timeout_ms} {
+    set end [expr {[clock milliseconds] + $timeout_ms}]
+    while {1} {
+        if {[uplevel 1 [list expr $condition]]} { return 1 }
+        if {[clock milliseconds] >= $end} { return 0 }
+        after $::poll_ms
+    }
+}
+
+# Waits for a condition the next steps need; a timeout is a failure that
+# names what was waited for.  Returns whether the condition came true.
+proc wait_until {description condition {timeout_ms 5000}} {
+    if {[uplevel 1 [list poll $condition $timeout_ms]]} { return 1 }
+    incr ::failed
+    puts "FAIL: waited $timeout_ms ms for $description"
+    return 0
+}
+
+# Waits until vesk has handled every event it has been sent: the round
+# trip returns after vesk's "update", which first syncs with the X server
+# (so the input xdotool sent, which the server took before xdotool
+# exited, has arrived) and then handles all events and idle work,
+# redraws included.  For the checks that something did NOT happen too.
+# Not while vesk has work pending that opens a modal box (a dropped file
+# is opened when idle): the box would wait for a user inside the round
+# trip; wait for the box instead.
+proc wait_idle {} {
+    set answer [remote {update; update idletasks; return ok}]
+    if {$answer ne "ok"} { error "vesk answered \"$answer\" to the idle round trip" }
+}
+
+# Waits for a script evaluated inside vesk to give the expected value;
+# returns the last value it gave, for the caller to check.
+proc wait_remote_value {script expected {timeout_ms 5000}} {
+    set ::last_remote_value ""
+    set got [poll {[set ::last_remote_value [remote $script]] eq $expected} $timeout_ms]
+    if {!$got} { puts "TIMEOUT: waited $timeout_ms ms for `$script` to give \"$expected\", last \"$::last_remote_value\"" }
+    return $::last_remote_value
+}
+
+# Waits for a window whose title matches an xdotool search pattern to be
+# mapped; returns its id, or "" when none came.
+proc wait_window_mapped {pattern {timeout_ms 5000}} {
+    set found ""
+    if {![poll {![catch {exec xdotool search --onlyvisible --name $pattern} found] && $found ne ""} $timeout_ms]} {
+        puts "TIMEOUT: waited $timeout_ms ms for a window named \"$pattern\""
+        return ""
+    }
+    return [lindex $found end]
+}
+
+# Waits for the windows whose title matches a pattern to be gone.
+proc wait_window_gone {pattern {timeout_ms 5000}} {
+    return [wait_until "the window \"$pattern\" to close" \
+        {[catch {exec xdotool search --onlyvisible --name $pattern} found] || $found eq ""} $timeout_ms]
+}
+
+# Waits for a file to exist.
+proc wait_file {path {timeout_ms 5000}} {
+    return [wait_until "the file $path" {[file exists $path]} $timeout_ms]
+}
+
+# Waits for a view's pixels to differ from a region_signature taken
+# before; returns the new signature (the old one after a timeout).
+proc wait_pixel_change {view before {timeout_ms 5000}} {
+    lassign [view_rect $view] x y w h
+    set now $before
+    set changed [poll {[set now [region_signature [shot wait_view$view] $x $y $w $h]] ne $before} $timeout_ms]
+    if {!$changed} { puts "TIMEOUT: waited $timeout_ms ms for view $view to change" }
+    return $now
+}
+
 proc stop_vesk {} {
     catch {remote_send {after 10 exit}}
     catch {close $::sock}
-    for {set i 0} {$i < 50} {incr i} {
-        if {[catch {exec kill -0 $::vesk_pid}]} { return }
-        after 100
-    }
-    catch {exec kill $::vesk_pid}
+    if {![wait_exit $::vesk_pid 5000]} { catch {exec kill $::vesk_pid} }
 }
 
-# Redraws everything and waits until the views have drawn.
+# Whether a process is gone; waits up to timeout_ms for it to end.
+proc wait_exit {pid {timeout_ms 5000}} {
+    return [poll {[catch {exec kill -0 $pid}]} $timeout_ms]
+}
+
+# Redraws everything and returns once the views have drawn: the round trip
+# of wait_idle comes back only after the redraws, which run when idle, and
+# after the X server has taken their pictures.
 proc settle {} {
     remote {update; vesk redraw_all; update}
-    after 300
-    remote {update}
+    wait_idle
 }
 
 proc shot {name} {
@@ -192,16 +272,11 @@ proc hex_colour {value} {
 # Waits up to five seconds for a "VESK Message" box; returns its window id,
 # or "" when none came.
 proc wait_for_message_box {} {
-    for {set i 0} {$i < 50} {incr i} {
-        if {![catch {exec xdotool search --name "VESK Message"} found] && $found ne ""} {
-            return [lindex $found end]
-        }
-        after 100
-    }
-    return ""
+    return [wait_window_mapped "VESK Message"]
 }
 
-# Presses the OK button at the bottom of a message box with a real click.
+# Presses the OK button at the bottom of a message box with a real click
+# and waits for the box to go.
 proc press_message_box_ok {dialog} {
     set geometry [exec xdotool getwindowgeometry --shell $dialog]
     regexp {X=(\d+)} $geometry -> x
@@ -209,17 +284,13 @@ proc press_message_box_ok {dialog} {
     regexp {WIDTH=(\d+)} $geometry -> w
     regexp {HEIGHT=(\d+)} $geometry -> h
     exec xdotool mousemove [expr {$x + $w / 2}] [expr {$y + $h - 20}] click 1
-    after 300
+    wait_window_gone "VESK Message"
 }
 
 # Waits up to five seconds for a condition, an expression evaluated inside
 # vesk; returns whether it came true.
 proc wait_remote {condition {tenths 50}} {
-    for {set i 0} {$i < $tenths} {incr i} {
-        if {[remote [list expr $condition]]} { return 1 }
-        after 100
-    }
-    return 0
+    return [poll {[remote [list expr $condition]]} [expr {$tenths * 100}]]
 }
 
 # Clicks the middle of one of vesk's widgets with a real click.
@@ -245,12 +316,11 @@ proc click_popup_entry {menu label} {
     set index [remote [list $menu index $label]]
     lassign [remote "list \[winfo rootx $menu\] \[winfo rooty $menu\] \[$menu yposition $index\]"] x y top
     exec xdotool mousemove [expr {$x + 30}] [expr {$y + $top + 6}]
-    after 100
+    wait_idle
     exec xdotool mousemove [expr {$x + 40}] [expr {$y + $top + 8}]
-    after 200
+    wait_until "the entry \"$label\" of $menu to be active" {[remote [list $menu index active]] == $index}
     exec xdotool click 1
-    after 300
-    remote {update}
+    wait_idle
 }
 
 # Waits for a message box of tk_messageBox (given its parent) and clicks
@@ -288,6 +358,7 @@ proc file_dialog_open {} {
 proc main_window_keys {args} {
     lassign [remote {list [winfo rootx .status] [winfo rooty .status]}] x y
     exec xdotool mousemove [expr {$x + 5}] [expr {$y + 5}]
+    wait_idle
     exec xdotool key {*}$args
 }
 

@@ -119,8 +119,7 @@ remote {set unsaved_changes 0}
 remote {vesk new_model}
 
 main_window_keys ctrl+q
-for {set i 0} {$i < 50 && ![catch {exec kill -0 $::vesk_pid}]} {incr i} { after 100 }
-check "quit after new asks nothing and exits" [catch {exec kill -0 $::vesk_pid}] 1
+check "quit after new asks nothing and exits" [wait_exit $::vesk_pid] 1
 check "no fault reported" [string match "*xception*" [read_log]] 0
 
 finish

@@ -16,30 +16,27 @@ proc view_point {view x y} {
 }
 proc click_at {xy {button 1}} {
     exec xdotool mousemove {*}$xy
-    after 80
+    wait_idle
     exec xdotool click $button
-    after 200
-    remote {update}
+    wait_idle
 }
 proc key_at {xy key} {
     exec xdotool mousemove {*}$xy
-    after 80
+    wait_idle
     exec xdotool key $key
-    after 200
-    remote {update}
+    wait_idle
 }
 proc drag {from to} {
     exec xdotool mousemove {*}$from mousedown 1
-    after 100
+    wait_idle
     lassign $from x0 y0
     lassign $to x1 y1
     foreach f {1 2 3 4} {
         exec xdotool mousemove [expr {$x0 + ($x1 - $x0) * $f / 4}] [expr {$y0 + ($y1 - $y0) * $f / 4}]
-        after 50
+        wait_idle
     }
     exec xdotool mouseup 1
-    after 250
-    remote {update}
+    wait_idle
 }
 proc status {} { remote {set ::vesk::main::message} }
 proc objects {} { dict get [remote {vesk get_info}] objects }
@@ -47,7 +44,7 @@ proc draw_mode {} { remote {set ::draw_mode_name} }
 
 # ---- the hint of a line tool ----
 click_widget .tools.draw.m3
-after 200
+wait_idle
 check "polygon tool chosen" [draw_mode] polygon
 check "polygon hint" [status] \
     "polygon: click to add points; click the first point or press the right button to finish; Escape cancels"
@@ -72,7 +69,7 @@ check "second Escape: says so" [status] "back to Select"
 
 # ---- clicking the first point closes the polygon ----
 click_widget .tools.draw.m3
-after 200
+wait_idle
 click_at [view_point 0 -1 -1]
 click_at [view_point 0 0 -1]
 click_at [view_point 0 0 0]
@@ -89,16 +86,15 @@ wait_remote "\[winfo ismapped $m\]"
 set index [remote [list $m index "Keep the draw tool after each shape"]]
 lassign [remote "list \[winfo rootx $m\] \[winfo rooty $m\] \[$m yposition $index\]"] mx my top
 exec xdotool mousemove [expr {$mx + 30}] [expr {$my + $top + 6}]
-after 100
+wait_idle
 exec xdotool mousemove [expr {$mx + 40}] [expr {$my + $top + 8}] click 1
-after 250
-check "keep the draw tool: on" [remote {set ::keep_draw_tool}] 1
+check "keep the draw tool: on" [wait_remote_value {set ::keep_draw_tool} 1] 1
 set fd [open [file join $::scratch home veskui.txt]]
 check "the setting is kept for the next start" [string trim [read $fd]] "keep_draw_tool 1"
 close $fd
 remote {vesk clear_selection}
 click_widget .tools.draw.m7
-after 200
+wait_idle
 check "box hint" [string match "box: drag to draw one*" [status]] 1
 drag [view_point 0 1 1] [view_point 0 1.5 1.5]
 check_true "box: the depth's source on the status line" [string match "add cube done - depth z * centred on the 3D cursor" [status]]
@@ -125,7 +121,7 @@ check "a broken settings file is ignored" [remote {set ::keep_draw_tool}] 0
 remote {set ::prefs_balloon_help 1}
 lassign [remote {list [winfo rootx .tools.drag.m101] [winfo rooty .tools.drag.m101]}] bx by
 exec xdotool mousemove [expr {$bx + 3}] [expr {$by + 3}]
-after 50
+wait_idle
 exec xdotool mousemove [expr {$bx + 6}] [expr {$by + 5}]
 check "tooltip shows" [wait_remote {[winfo exists .tip] && [winfo ismapped .tip]}] 1
 check_true "tooltip: how and the key" [string match "Resize: drag a handle*(key i in the flat views)" [remote {.tip.text cget -text}]]

@@ -15,21 +15,19 @@ proc view_point {view x y} {
 }
 proc drag {from to {button 1} {steps 4}} {
     exec xdotool mousemove {*}$from mousedown $button
-    after 100
+    wait_idle
     lassign $from x0 y0
     lassign $to x1 y1
     for {set i 1} {$i <= $steps} {incr i} {
         exec xdotool mousemove [expr {$x0 + ($x1 - $x0) * $i / $steps}] [expr {$y0 + ($y1 - $y0) * $i / $steps}]
-        after 60
+        wait_idle
     }
     exec xdotool mouseup $button
-    after 250
-    remote {update}
+    wait_idle
 }
 proc click_at {xy} {
     exec xdotool mousemove {*}$xy click 1
-    after 250
-    remote {update}
+    wait_idle
 }
 proc objects {} { return [dict get [remote {vesk get_info}] objects] }
 proc surfaces {} { return [dict get [remote {vesk get_info}] surfaces] }
@@ -39,10 +37,9 @@ proc vertices_of_selection {} {
 }
 proc press_undo {xy} {
     exec xdotool mousemove {*}$xy
-    after 100
+    wait_idle
     exec xdotool key u
-    after 250
-    remote {update}
+    wait_idle
 }
 
 # ---- primitives by dragging, in each view ----

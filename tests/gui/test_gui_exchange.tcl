@@ -34,7 +34,7 @@ proc pick_cascade_entry {cascade_label submenu label} {
     set index [remote [list $menu index $cascade_label]]
     lassign [remote "list \[winfo rootx $menu\] \[winfo rooty $menu\] \[$menu yposition $index\]"] x y top
     exec xdotool mousemove [expr {$x + 40}] [expr {$y + $top + 8}]
-    after 200
+    wait_until "$cascade_label to be the active entry" {[remote [list $menu index active]] == $index}
     exec xdotool mousemove [expr {$x + 45}] [expr {$y + $top + 9}] click 1
     if {![wait_remote "\[winfo ismapped $submenu\]"]} { error "the $cascade_label menu did not open" }
     set index [remote [list $submenu index $label]]
@@ -42,7 +42,7 @@ proc pick_cascade_entry {cascade_label submenu label} {
     # Along the cascade's own row first, so the pointer does not cross
     # other entries of File on its way.
     exec xdotool mousemove [expr {$x + 20}] [expr {$y + 8}]
-    after 100
+    wait_idle
     exec xdotool mousemove [expr {$x + 40}] [expr {$y + $top + 8}] click 1
 }
 

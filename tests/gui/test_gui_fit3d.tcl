@@ -16,8 +16,7 @@ set centre [list [expr {$vx + $vw / 2}] [expr {$vy + $vh / 2}]]
 proc check_match_bad {actual expected} { check "refused: $expected" $actual $expected }
 proc redraw_3d {} {
     remote {update; .views.xyzframe.f.win postredisplay; update}
-    after 300
-    remote {update}
+    wait_idle
 }
 # Colours on each of the four edges of the 3D view, two pixels in.
 proc edge_colours {file} {
@@ -35,9 +34,9 @@ proc inner_colours {file} {
 }
 proc key_in_3d {args} {
     exec xdotool mousemove {*}$::centre
-    after 100
+    wait_idle
     exec xdotool key {*}$args
-    after 200
+    wait_idle
     redraw_3d
 }
 
@@ -65,7 +64,7 @@ key_in_3d ctrl+Up ctrl+Up ctrl+Up ctrl+Up ctrl+Up ctrl+Up ctrl+Up ctrl+Up ctrl+U
 # The third button, clicked without moving, opens the 3D view's menu at
 # the pointer.
 exec xdotool mousemove {*}$centre
-after 100
+wait_idle
 exec xdotool click 3
 check "third button: the 3D view's menu opens" [wait_remote {[winfo ismapped .views.popup3d]}] 1
 set m .views.popup3d
@@ -74,11 +73,11 @@ check "View > 3D view has it too" [remote {.mbar.view.menu.view3d entrycget [.mb
 set index [remote [list $m index "Fit model"]]
 lassign [remote "list \[winfo rootx $m\] \[winfo rooty $m\] \[$m yposition $index\]"] mx my top
 exec xdotool mousemove [expr {$mx + 30}] [expr {$my + $top + 6}]
-after 100
+wait_idle
 exec xdotool mousemove [expr {$mx + 40}] [expr {$my + $top + 8}]
-after 200
+wait_until "Fit model to be the active entry" {[remote [list $m index active]] == $index}
 exec xdotool click 1
-after 300
+wait_idle
 redraw_3d
 check "the menu is gone" [remote {winfo ismapped .views.popup3d}] 0
 set file [shot fitted_menu]
@@ -98,7 +97,7 @@ check_true "selection: something is drawn" [expr {[inner_colours $file] > 1}]
 remote {vesk clear_selection}
 proc popup_choose {label} {
     exec xdotool mousemove {*}$::centre
-    after 100
+    wait_idle
     exec xdotool click 3
     wait_remote {[winfo ismapped .views.popup3d]}
     click_popup_entry .views.popup3d $label

@@ -47,23 +47,21 @@ proc names {} {
 }
 proc click_at {xy {button 1}} {
     exec xdotool mousemove {*}$xy
-    after 100
+    wait_idle
     exec xdotool click $button
-    after 200
-    remote {update}
+    wait_idle
 }
 proc drag {from to {button 1} {steps {0.3 0.6 1.0}}} {
     exec xdotool mousemove {*}$from mousedown $button
-    after 100
+    wait_idle
     foreach f $steps {
         lassign $from x0 y0
         lassign $to x1 y1
         exec xdotool mousemove [expr {int($x0 + ($x1 - $x0) * $f)}] [expr {int($y0 + ($y1 - $y0) * $f)}]
-        after 80
+        wait_idle
     }
     exec xdotool mouseup $button
-    after 200
-    remote {update}
+    wait_idle
 }
 
 # ---- clicks in tree mode pick the top ancestor ----
@@ -129,7 +127,7 @@ lassign [front -1 0.5] mx my
 set s [shot keys_before]
 check_pixel "corner marker before panning" $s $mx $my $col_vert
 exec xdotool mousemove [expr {$fx + 20}] [expr {$fy + 20}]
-after 100
+wait_idle
 exec xdotool key Left
 settle
 check_pixel "Left pans the front view 20 pixels right" [shot keys_left] [expr {$mx + 20}] $my $col_vert
@@ -147,7 +145,7 @@ lassign [view_rect 3] tx ty tw th
 # The load framed the model in the 3D view; Space puts the viewer back at
 # its reset place, which the projection below assumes.
 exec xdotool mousemove [expr {$tx + $tw / 2}] [expr {$ty + $th / 2}]
-after 100
+wait_idle
 exec xdotool key space
 settle
 set aspect [expr {double($tw) / $th}]

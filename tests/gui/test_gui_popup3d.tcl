@@ -20,8 +20,7 @@ set m .views.popup3d
 
 proc redraw_3d {} {
     remote {update; .views.xyzframe.f.win postredisplay; update}
-    after 300
-    remote {update}
+    wait_idle
 }
 redraw_3d
 
@@ -57,14 +56,13 @@ set selected_before [remote {vesk get_selected_objects}]
 
 proc open_menu_at {x y} {
     exec xdotool mousemove [expr {$::vx + $x}] [expr {$::vy + $y}]
-    after 100
+    wait_idle
     exec xdotool click 3
     return [wait_remote {[winfo ismapped .views.popup3d]}]
 }
 proc close_menu {} {
     exec xdotool key Escape
-    after 200
-    remote {update}
+    wait_idle
     if {[remote {winfo ismapped .views.popup3d}]} {
         remote {.views.popup3d unpost; update}
     }

@@ -26,22 +26,20 @@ proc title {} { remote {wm title .} }
 # With a box to come, nothing more is asked of vesk until it is answered.
 proc choose_recent {n {box_follows 0}} {
     click_widget .mbar.file
-    wait_remote {[winfo ismapped .mbar.file.menu]}
-    after 100
+    wait_until "the File menu to open" {[remote {winfo ismapped .mbar.file.menu}]}
     # New, Open..., Open recent.
     exec xdotool key Down Down Down Right
-    wait_remote {[winfo ismapped .mbar.file.menu.recent]}
-    after 100
+    wait_until "Open recent to open" {[remote {winfo ismapped .mbar.file.menu.recent}]}
     for {set i 1} {$i < $n} {incr i} { exec xdotool key Down }
+    wait_until "entry $n of Open recent to be active" {[remote {.mbar.file.menu.recent index active}] == $n - 1}
     exec xdotool key Return
-    after 300
-    if {!$box_follows} { remote {update} }
+    if {!$box_follows} { wait_idle }
 }
 proc open_by_dialog {path} {
     main_window_keys ctrl+o
     choose_file_in_dialog $path
-    after 300
-    remote {update}
+    wait_until "the file dialog to close" {![file_dialog_open]}
+    wait_idle
 }
 
 start_vesk $first
@@ -86,7 +84,7 @@ remote [list after 10 [list ::vesk::ops::drop_files [list $notes]]]
 check_true "a dropped text file is refused" [string match "*Only VESK model files*" [answer_message_box ok]]
 check "the model stays after the refused drop" [title] "VESK - first.vk"
 remote [list ::vesk::ops::drop_files [list $notes $second]]
-after 300
+wait_idle
 check "a dropped model file opens" [title] "VESK - second.vk"
 
 finish

@@ -17,7 +17,7 @@ proc edit_and_wait_for_autosave {dx} {
 proc kill_vesk {} {
     catch {close $::sock}
     exec kill -9 $::vesk_pid
-    for {set i 0} {$i < 50 && ![catch {exec kill -0 $::vesk_pid}]} {incr i} { after 100 }
+    wait_until "the killed vesk to be gone" {[catch {exec kill -0 $::vesk_pid}]}
 }
 
 # Starts vesk again on the model and waits for the recovery question.

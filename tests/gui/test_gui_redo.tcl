@@ -35,40 +35,35 @@ proc view_point {view x y} {
 }
 proc drag {from to {steps 4}} {
     exec xdotool mousemove {*}$from mousedown 1
-    after 100
+    wait_idle
     lassign $from x0 y0
     lassign $to x1 y1
     for {set i 1} {$i <= $steps} {incr i} {
         exec xdotool mousemove [expr {$x0 + ($x1 - $x0) * $i / $steps}] [expr {$y0 + ($y1 - $y0) * $i / $steps}]
-        after 60
+        wait_idle
     }
     exec xdotool mouseup 1
-    after 250
-    remote {update}
+    wait_idle
 }
 proc key_over {xy args} {
     exec xdotool mousemove {*}$xy
-    after 100
+    wait_idle
     exec xdotool key {*}$args
-    after 250
-    remote {update}
+    wait_idle
 }
 proc main_keys {args} {
     main_window_keys {*}$args
-    after 250
-    remote {update}
+    wait_idle
 }
 proc status {} { remote {set ::vesk::main::message} }
 proc edit_state {index} { remote [list .mbar.edit.menu entrycget $index -state] }
 proc open_edit_menu {} {
     click_widget .mbar.edit
-    wait_remote {[winfo ismapped .mbar.edit.menu]}
-    after 100
+    wait_until "the Edit menu to open" {[remote {winfo ismapped .mbar.edit.menu}]}
 }
 proc close_menus {} {
     exec xdotool key Escape
-    after 150
-    remote {update}
+    wait_until "the Edit menu to close" {![remote {winfo ismapped .mbar.edit.menu}]}
 }
 
 # The whole model without object ids, nine digits per number (exact).
@@ -118,8 +113,7 @@ proc step_case {name do redo_how} {
         y { main_keys ctrl+y }
         menu {
             pick_menu edit [remote {.mbar.edit.menu entrycget 1 -label}]
-            after 250
-            remote {update}
+            wait_idle
         }
     }
     check "$name: redo gives back the model exactly" [model] $done
@@ -129,10 +123,9 @@ proc step_case {name do redo_how} {
 # Move: drag the first box 0.5 to the right.
 key_over $here n
 exec xdotool mousemove {*}[view_point 0 -1.8 -1.5]
-after 100
+wait_idle
 exec xdotool click 1
-after 250
-remote {update}
+wait_idle
 check "the left box selected by a click" [llength [remote {vesk get_selected_objects}]] 1
 step_case move {
     drag [view_point 0 -1.5 -1.5] [view_point 0 -0.97 -1.5]
@@ -148,14 +141,12 @@ step_case rotate {
 step_case group {
     key_over $::here a
     pick_menu object Group
-    after 300
-    remote {update}
+    wait_idle
 } menu
 # Subdivide the group's surfaces from the menu.
 step_case subdivide {
     pick_menu surface Subdivide
-    after 300
-    remote {update}
+    wait_idle
 } shift_z
 # Delete by the Delete key over the front view.
 key_over $here a
@@ -188,10 +179,9 @@ check "newest step listed first" [remote {.history.f.list get 0}] "$count. move"
 lassign [remote {.history.f.list bbox 1}] lx ly
 lassign [remote {list [winfo rootx .history.f.list] [winfo rooty .history.f.list]}] rx ry
 exec xdotool mousemove [expr {$rx + $lx + 5}] [expr {$ry + $ly + 3}] click 1
-after 150
+wait_until "the second line of the history to be chosen" {[remote {.history.f.list curselection}] eq "1"}
 click_widget .history.f.buttons.undo
-after 300
-remote {update}
+wait_idle
 check "two steps undone" [remote {set undo_count}] [expr {$count - 2}]
 check "two to redo" [remote {set redo_count}] 2
 main_keys ctrl+shift+z

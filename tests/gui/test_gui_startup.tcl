@@ -62,7 +62,7 @@ set display ""
 foreach n {80 81 82 83 84 85 86 87 88 89} {
     if {[file exists /tmp/.X$n-lock] || [file exists /tmp/.X11-unix/X$n]} continue
     set xvfb [exec Xvfb :$n -screen 0 640x480x8 -nolisten tcp >& /dev/null &]
-    for {set i 0} {$i < 50 && ![file exists /tmp/.X11-unix/X$n]} {incr i} { after 100 }
+    wait_file /tmp/.X11-unix/X$n
     set display :$n
     break
 }

@@ -116,7 +116,7 @@ check_checker "textured" $s $tx $ty $tw $th
 
 # ---- "t" over the 3D view switches texturing off, then on ----
 exec xdotool mousemove [expr {$tx + 10}] [expr {$ty + 10}]
-after 200
+wait_idle
 exec xdotool key t
 settle
 set s [shot untextured]
@@ -172,7 +172,7 @@ settle
 # A pan of 100 pixels to the right (Shift+Left twice over the front view)
 # carries the image with it.
 exec xdotool mousemove [expr {$fx + 10}] [expr {$fy + 10}]
-after 200
+wait_idle
 exec xdotool key shift+Left shift+Left
 settle
 set s [shot panned]

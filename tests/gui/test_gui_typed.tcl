@@ -37,41 +37,35 @@ proc f32 {x} {
 }
 proc press_at {xy} {
     exec xdotool mousemove {*}$xy
-    after 80
+    wait_idle
     exec xdotool mousedown 1
-    after 120
-    remote {update}
+    wait_idle
 }
 proc move_to {xy} {
     exec xdotool mousemove {*}$xy
-    after 120
-    remote {update}
+    wait_idle
 }
 proc type_keys {args} {
     exec xdotool key --delay 30 {*}$args
-    after 200
-    remote {update}
+    wait_idle
 }
 proc release {} {
     exec xdotool mouseup 1
-    after 250
-    remote {update}
+    wait_idle
 }
 proc key_over {xy key} {
     exec xdotool mousemove {*}$xy
-    after 80
+    wait_idle
     exec xdotool key $key
-    after 150
-    remote {update}
+    wait_idle
 }
 
 remote {vesk clear_selection}
 set here [view_point 0 1.5 1.5]
 exec xdotool mousemove {*}[view_point 0 -1.1 -0.5]
-after 80
+wait_idle
 exec xdotool click 1
-after 250
-remote {update}
+wait_idle
 check "the box selected" [llength [remote {vesk get_selected_objects}]] 1
 set start [vertices]
 

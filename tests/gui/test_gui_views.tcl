@@ -17,9 +17,7 @@ set s [shot start]
 # Waits for the redraws a command asked for, without asking for more: the
 # views must draw the change themselves.
 proc settle_views {} {
-    remote {update}
-    after 300
-    remote {update}
+    wait_idle
 }
 
 # ---- the front view at scale 100 with no pan ----
@@ -105,20 +103,17 @@ settle
 # ---- the 3D view's keys: spin, then walk ----
 lassign [view_rect 3] tx ty tw th
 exec xdotool mousemove [expr {$tx + $tw / 2}] [expr {$ty + $th / 2}]
-after 200
 settle
 set before [region_signature [shot before_spin] $tx $ty $tw $th]
 exec xdotool key Left
-settle
-set after [region_signature [shot after_spin] $tx $ty $tw $th]
+set after [wait_pixel_change 3 $before]
 check "Left turns the model in spin mode" [expr {$before ne $after}] 1
 exec xdotool key 2
 settle
 check "2 switches to walk mode" [remote {set person_walk_vehicle}] 1
 set before [region_signature [shot before_walk] $tx $ty $tw $th]
 exec xdotool key Up
-settle
-set after [region_signature [shot after_walk] $tx $ty $tw $th]
+set after [wait_pixel_change 3 $before]
 check "Up walks forward" [expr {$before ne $after}] 1
 exec xdotool key 1
 settle
@@ -130,8 +125,7 @@ check "1 returns to spin mode" [remote {set person_walk_vehicle}] 0
 # turned off) is drawn at the next redraw all the same.
 proc redraw_3d_only {} {
     remote {update; .views.xyzframe.f.win postredisplay; update}
-    after 300
-    remote {update}
+    wait_idle
 }
 set before [region_signature [shot before_cover] $tx $ty $tw $th]
 remote "toplevel .cover; wm geometry .cover ${tw}x${th}+${tx}+${ty}; update; destroy .cover; update"

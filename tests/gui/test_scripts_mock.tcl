@@ -593,6 +593,8 @@ check "socket on" [expr {$::vesk::ops::server ne ""}] 1
 check "socket address reported" $::vesk::main::message "scripting socket listening on 127.0.0.1:$port"
 check "socket on loopback only" [lindex [fconfigure $::vesk::ops::server -sockname] 0] 127.0.0.1
 
+# Sends a line to the scripting socket and waits for the answer line, or
+# for three seconds at most (the answer is then "timeout").
 proc socket_ask {client line} {
     puts $client $line
     flush $client
