@@ -1,8 +1,9 @@
 /*
  * test_memory.cpp - myalloc and myfree in both modes: unguarded blocks,
  * the guarded allocator with its running total and its diagnoses of zero
- * sizes, double frees and foreign pointers, and blocks of every size
- * living side by side without overlapping.
+ * sizes, double frees and foreign pointers, blocks of every size living
+ * side by side without overlapping, and the order and layout in which
+ * small blocks are handed out.
  */
 #include "test_support.h"
 
@@ -198,20 +199,50 @@ TEST(Memory, BlocksOfMixedSizesNeverOverlap)
     }
 }
 
-/* Unguarded, a released small block is handed out again for the next
- * block of its size, and a second release of it is still refused.  (Under
- * the address sanitizer blocks come from its heap, which owns them once
- * released.) */
+/* Unguarded, released small blocks are handed out again in the order
+ * they were released (after any released before them), and a second
+ * release is still refused.  (Under the address sanitizer blocks come
+ * from its heap, which owns them once released.) */
 #ifndef __SANITIZE_ADDRESS__
-TEST(Memory, UnguardedReuseAndDoubleFree)
+TEST(Memory, UnguardedReuseInReleaseOrderAndDoubleFree)
 {
     GuardingScope scope(false);
-    void *a = myalloc(40);
-    myfree(a);
-    Captured c = capture([&] { myfree(a); });
+    std::vector<void *> released;
+    for (int i = 0; i < 5; i++) released.push_back(myalloc(40));
+    for (void *p : released) myfree(p);
+    Captured c = capture([&] { myfree(released[2]); });
     EXPECT_TRUE(contains(c.out, "trying to free already freed space size=40")) << c.out;
-    void *b = myalloc(40);
-    EXPECT_EQ(a, b);
-    myfree(b);
+    std::vector<void *> again;
+    /* Blocks of that size released earlier (by other tests) come first. */
+    while (again.size() < (1u << 22) && (again.empty() || again.back() != released[0])) again.push_back(myalloc(40));
+    ASSERT_EQ(again.back(), released[0]);
+    for (size_t i = 1; i < released.size(); i++) {
+        again.push_back(myalloc(40));
+        EXPECT_EQ(again.back(), released[i]) << "block " << i;
+    }
+    for (void *p : again) myfree(p);
+}
+
+/* Records of one size are cut side by side even when records of other
+ * sizes are made between them, so that a model's surfaces (or its
+ * references) lie together in memory. */
+TEST(Memory, BlocksOfOneSizeLieSideBySide)
+{
+    GuardingScope scope(false);
+    std::vector<unsigned char *> a, b;
+    for (int i = 0; i < 256; i++) {
+        a.push_back((unsigned char *)myalloc(456));
+        b.push_back((unsigned char *)myalloc(472));
+    }
+    int adjacent = 0;
+    for (size_t i = 1; i < a.size(); i++) adjacent += a[i] - a[i - 1] == 464 && b[i] - b[i - 1] == 480;
+    /* Each takes its size and an 8-byte header.  A run may end between
+     * two of them, and blocks of these sizes released by earlier tests
+     * come first. */
+    EXPECT_GE(adjacent, 200);
+    for (size_t i = 0; i < a.size(); i++) {
+        myfree(a[i]);
+        myfree(b[i]);
+    }
 }
 #endif
