@@ -143,6 +143,18 @@ def lwo2_layers(big=True):
     return form("LWO2", chunks)
 
 
+def lwo2_cube():
+    """The documentation's cube as LWO2, one red surface."""
+    return form("LWO2", [
+        chunk("TAGS", s0("Default")),
+        layr(0, ""),
+        points(CUBE),
+        pols("FACE", CUBE_FACES),
+        ptag([(i, 0) for i in range(6)]),
+        surf2("Default", (1, 0, 0)),
+    ])
+
+
 def lwo2_triangle():
     """One triangle: points (0 0 0), (1 0 0), (0 1 0), yellow."""
     return form("LWO2", [
@@ -255,6 +267,22 @@ ParentItem 10000000
 """.format(chan=envelope_channels([0, 100, 0, 0, 0, 0, 1, 1, 1]))
 
 
+PAIR_SCENE = """LWSC
+3
+
+LoadObjectLayer 1 Objects/cube.lwo
+ObjectMotion
+NumChannels 9
+{channels1}
+
+LoadObjectLayer 1 Objects/triangle.lwo
+ObjectMotion
+NumChannels 9
+{channels2}
+ParentItem 10000000
+"""
+
+
 def write(path, data):
     os.makedirs(os.path.dirname(path), exist_ok=True)
     with open(path, "wb") as f:
@@ -327,6 +355,10 @@ def main():
     write(os.path.join(objects, "layers.lwo"), layers)
     write(os.path.join(objects, "layers_small.lwo"), lwo2_layers(big=False))
     write(os.path.join(objects, "triangle.lwo"), lwo2_triangle())
+    write(os.path.join(objects, "cube.lwo"), lwo2_cube())
+    write(os.path.join(scenes, "pair.lws"), PAIR_SCENE.format(
+        channels1=envelope_channels([0, 3, 0, 0, 0, 0, 2, 2, 2]),
+        channels2=envelope_channels([1, 0, 0, 0, 0, 90, 1, 1, 1])))
     write(os.path.join(scenes, "new.lws"), NEW_SCENE.format(
         channels1=envelope_channels([10, 0, 0, 0, 0, 0, 1, 1, 1]),
         channels2=envelope_channels([0, 0, 5, 90, 0, 0, 1, 1, 1])))
