@@ -27,6 +27,9 @@ enum { LW_MAX_FILE_BYTES = 256 * 1024 * 1024 };
 enum { LW_MAX_LAYERS = 4096 };
 /* Objects (object files and nulls) one scene may load. */
 enum { LW_MAX_SCENE_ITEMS = 2000 };
+/* The points one scene may place (an object loaded many times counts
+ * each time). */
+enum { LW_MAX_SCENE_POINTS = 20000000 };
 /* The bytes of all object files one scene may read together. */
 enum { LW_MAX_SCENE_BYTES = 512 * 1024 * 1024 };
 

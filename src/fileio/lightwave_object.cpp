@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 #include <map>
+#include <unordered_map>
 
 namespace {
 
@@ -309,6 +310,13 @@ bool read_vmad(Parser *ps, Cursor c)
         l.corner_uv.assign(l.corners.size() * 2, 0.0f);
         l.corner_has_uv.assign(l.corners.size(), 0);
     }
+    /* Where each point stands in each polygon, so that an entry costs the
+     * same however many corners its polygon has. */
+    std::unordered_map<uint64_t, uint32_t> corner_of;
+    for (size_t i = 0; i < count; i++) {
+        const LwPolygon &p = l.polygons[ps->pols_base + i];
+        for (uint32_t k = 0; k < p.count; k++) corner_of.emplace((uint64_t)i << 32 | l.corners[p.first + k], p.first + k);
+    }
     while (c.left > 0) {
         uint32_t point, poly;
         float u, v;
@@ -319,13 +327,11 @@ bool read_vmad(Parser *ps, Cursor c)
         if (poly >= count) {
             return ps->fail("a VMAD chunk names polygon " + std::to_string(poly) + " of " + std::to_string(count));
         }
-        const LwPolygon &p = l.polygons[ps->pols_base + poly];
-        for (uint32_t i = 0; i < p.count; i++) {
-            if (l.corners[p.first + i] != point) continue;
-            l.corner_uv[(p.first + i) * 2] = u;
-            l.corner_uv[(p.first + i) * 2 + 1] = v;
-            l.corner_has_uv[p.first + i] = 1;
-        }
+        auto found = corner_of.find((uint64_t)poly << 32 | point);
+        if (found == corner_of.end()) continue;   /* the polygon has no such corner */
+        l.corner_uv[found->second * 2] = u;
+        l.corner_uv[found->second * 2 + 1] = v;
+        l.corner_has_uv[found->second] = 1;
     }
     return true;
 }

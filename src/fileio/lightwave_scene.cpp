@@ -260,11 +260,13 @@ void check_parents(std::vector<SceneItem> *items, std::vector<std::string> *warn
     long n = (long)items->size();
     for (long i = 0; i < n; i++) {
         SceneItem &item = (*items)[i];
-        if (item.parent >= n || item.parent == i) {
-            if (item.parent >= n) warnings->push_back("object " + std::to_string(i + 1) + " names a parent that is not in the scene");
-            item.parent = -1;
-            continue;
+        if (item.parent >= n) {
+            warnings->push_back("object " + std::to_string(i + 1) + " names a parent that is not in the scene");
         }
+        if (item.parent >= n || item.parent == i || item.parent < -1) item.parent = -1;
+    }
+    for (long i = 0; i < n; i++) {
+        SceneItem &item = (*items)[i];
         long p = item.parent;
         for (long steps = 0; p >= 0 && steps <= n; steps++) {
             if (p == i) {
@@ -431,9 +433,18 @@ void lw_read_scene(const char *text, size_t size, const char *scene_path, const 
     std::vector<Object *> made(n, nullptr);
     std::vector<char> kept(n, 0);
     std::vector<LwColouring> colours;
+    long placed = 0;
     for (size_t i = 0; i < n; i++) {
         if (!files[i] || !files[i]->ok) continue;
         const LwModel &model = files[i]->model;
+        for (const LwLayer &l : model.layers) placed += (long)l.points.size() / 3;
+        if (placed > LW_MAX_SCENE_POINTS) {
+            for (size_t k = 0; k < i; k++) {
+                if (made[k]) object_free(made[k]);
+            }
+            result->error = "the scene places more than " + std::to_string((long)LW_MAX_SCENE_POINTS) + " points";
+            return;
+        }
         made[i] = lw_build_model(model, stem(r.items[i].path).c_str(), world[i], layer_number(model, r.items[i].layer),
                                  &colours);
         if (!made[i]) {
