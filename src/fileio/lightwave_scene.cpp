@@ -167,6 +167,17 @@ void read_parent(SceneReader *r, const std::vector<std::string> &words)
     }
 }
 
+/* Later versions write an item's own number (eight hex digits) before
+ * the path or name; it is passed over. */
+bool is_item_number(const std::vector<std::string> &words, size_t at)
+{
+    if (words.size() <= at + 1 || words[at].size() != 8) return false;
+    for (char ch : words[at]) {
+        if (!isxdigit((unsigned char)ch)) return false;
+    }
+    return true;
+}
+
 bool read_line(SceneReader *r, const std::string &line)
 {
     std::vector<std::string> words = split_words(line);
@@ -176,7 +187,7 @@ bool read_line(SceneReader *r, const std::string &line)
         SceneItem item;
         double layer;
         item.layer = parse_number(words[1], &layer) && layer >= 1 && layer <= 65536 ? (int)layer : 1;
-        item.path = rest_of_line(line, 2);
+        item.path = rest_of_line(line, is_item_number(words, 2) ? 3 : 2);
         return add_item(r, item);
     }
     if (key == "LoadObject" && words.size() >= 2) {
@@ -186,7 +197,7 @@ bool read_line(SceneReader *r, const std::string &line)
     }
     if (key == "AddNullObject") {
         SceneItem item;
-        item.name = words.size() >= 2 ? rest_of_line(line, 1) : "null";
+        item.name = words.size() >= 2 ? rest_of_line(line, is_item_number(words, 1) ? 2 : 1) : "null";
         return add_item(r, item);
     }
     if (key.compare(0, 3, "Add") == 0 || key.compare(0, 4, "Load") == 0) {

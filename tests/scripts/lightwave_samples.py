@@ -253,16 +253,17 @@ ParentObject 1
 
 
 def nulls_scene():
-    """A null, moved, parenting an object, and a layer picked by number."""
+    """A null, moved, parenting an object, and a layer picked by number;
+    the lines carry the item numbers later versions write."""
     return """LWSC
 3
 
-AddNullObject Pivot Null
+AddNullObject 10000000 Pivot Null
 ObjectMotion
 NumChannels 9
 {chan}
 
-LoadObjectLayer 2 layers.lwo
+LoadObjectLayer 2 10000001 layers.lwo
 ParentItem 10000000
 """.format(chan=envelope_channels([0, 100, 0, 0, 0, 0, 1, 1, 1]))
 
