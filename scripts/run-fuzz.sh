@@ -65,7 +65,7 @@ run_format fuzz_alias_reader tests/data/formats/two_alias.tri
 run_format fuzz_vrml1_reader tests/data/formats/*.wrl tests/data/formats/*.iv
 run_format fuzz_svg_reader tests/data/formats/*.svg fuzz/regressions/fuzz_svg_reader/*
 run_format fuzz_dxf_reader tests/data/formats/*.dxf fuzz/regressions/fuzz_dxf_reader/*
-run_format fuzz_lightwave_reader tests/data/formats/lightwave_*
+run_format fuzz_lightwave_reader tests/data/formats/lightwave_* fuzz/regressions/fuzz_lightwave_reader/*
 # The model exchange plug-in's reader (assimp's OBJ, PLY and STL readers);
 # its seeds start with the byte that picks the format.  Leaks inside
 # libassimp itself on damaged input are suppressed.  libassimp 5.2 also
