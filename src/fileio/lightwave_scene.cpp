@@ -148,6 +148,8 @@ void read_key(SceneReader *r, const std::vector<std::string> &words)
     double v;
     /* The first key is the first frame's value. */
     if (item.channel_set[r->channel] || !parse_number(words[1], &v)) return;
+    /* Envelopes keep angles in radians (the old form keeps degrees). */
+    if (r->channel >= 3 && r->channel <= 5) v *= 180 / M_PI;
     item.channels[r->channel] = v;
     item.channel_set[r->channel] = true;
 }

@@ -11,6 +11,7 @@ layout of a LightWave content directory), damaged files to
 <directory>/bad.  With --seeds <directory> only the small samples are
 written, flat, for the fuzz target's corpus.
 """
+import math
 import os
 import struct
 import sys
@@ -204,9 +205,13 @@ CameraName Camera
 
 
 def envelope_channels(values):
+    """Nine channels, one envelope each; the angles (h, p, b) are given in
+    degrees and written in radians, as envelopes keep them."""
     out = []
     for n, v in enumerate(values):
-        out.append("Channel %d\n{ Envelope\n  2\n  Key %g 0 0 0 0 0 0 0 0\n  Key 123 2 0 0 0 0 0 0 0\n"
+        if 3 <= n <= 5:
+            v = math.radians(v)
+        out.append("Channel %d\n{ Envelope\n  2\n  Key %.17g 0 0 0 0 0 0 0 0\n  Key 123 2 0 0 0 0 0 0 0\n"
                    "  Behaviors 1 1\n}" % (n, v))
     return "\n".join(out)
 
@@ -357,6 +362,9 @@ def main():
     write(os.path.join(objects, "layers_small.lwo"), lwo2_layers(big=False))
     write(os.path.join(objects, "triangle.lwo"), lwo2_triangle())
     write(os.path.join(objects, "cube.lwo"), lwo2_cube())
+    write(os.path.join(scenes, "turned.lws"), PAIR_SCENE.format(
+        channels1=envelope_channels([1, 2, 3, 30, 45, 60, 1, 2, 1]),
+        channels2=envelope_channels([0.5, 0, 0, -20, 10, 5, 1, 1, 1])))
     write(os.path.join(scenes, "pair.lws"), PAIR_SCENE.format(
         channels1=envelope_channels([0, 3, 0, 0, 0, 0, 2, 2, 2]),
         channels2=envelope_channels([1, 0, 0, 0, 0, 90, 1, 1, 1])))

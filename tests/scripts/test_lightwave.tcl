@@ -2,7 +2,8 @@
 # and LWSC scenes built by lightwave_samples.py from the public chunk
 # layouts give the expected objects, layers, surfaces, colours, texture
 # coordinates, positions, facing and parenting, as one undo step; counts
-# agree with assimp's reading of the LWO2 files and scenes (when assimp is
+# agree with assimp's reading of the LWO2 files and scenes, and every
+# point of two placed scenes with where assimp places it (when assimp is
 # installed); damaged and hostile files are refused with a message and
 # the model left as it was.
 
@@ -220,6 +221,28 @@ if {$assimp ne ""} {
         reset_model
         run import_lightwave $path
         check "$file: faces and corners as assimp reads them" [totals [vesk get_world]] [assimp_counts $path]
+    }
+    # Positions: assimp places a scene's objects (turned by heading, pitch
+    # and bank, scaled, parented) and mirrors z as this reader does; its
+    # OBJ export holds every point where it placed it.
+    proc all_points {id} {
+        set out [lmap p [vesk object_get_vertices $id] { format "%.3f %.3f %.3f" {*}$p }]
+        foreach k [kids $id] { lappend out {*}[all_points $k] }
+        return $out
+    }
+    proc tidy {points} { return [lsort [string map {-0.000 0.000} $points]] }
+    foreach scene {turned pair} {
+        set obj [file join $::scratch $scene.obj]
+        exec {*}$assimp export [file join $scenes $scene.lws] $obj 2>@1
+        set f [open $obj r]
+        set theirs {}
+        foreach line [split [read $f] \n] {
+            if {[lindex $line 0] eq "v"} { lappend theirs [format "%.3f %.3f %.3f" {*}[lrange $line 1 3]] }
+        }
+        close $f
+        reset_model
+        run import_lightwave [file join $scenes $scene.lws]
+        check "$scene.lws: every point where assimp places it" [tidy [all_points [vesk get_world]]] [tidy $theirs]
     }
 } else {
     puts "assimp not installed: its comparison skipped"
