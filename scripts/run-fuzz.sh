@@ -21,7 +21,7 @@ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -D
 image_targets=(fuzz_image_sgi fuzz_image_gif fuzz_image_bmp fuzz_image_png_jpeg)
 cmake --build "$build" -j"$(nproc)" --target fuzz_vk_reader "${image_targets[@]}" \
     fuzz_3ds_reader fuzz_tri_reader fuzz_alias_reader fuzz_vrml1_reader fuzz_model_exchange \
-    fuzz_svg_reader fuzz_dxf_reader
+    fuzz_svg_reader fuzz_dxf_reader fuzz_lightwave_reader
 
 corpus="$build/corpus"
 rm -rf "$corpus" && mkdir -p "$corpus"
@@ -65,6 +65,7 @@ run_format fuzz_alias_reader tests/data/formats/two_alias.tri
 run_format fuzz_vrml1_reader tests/data/formats/*.wrl tests/data/formats/*.iv
 run_format fuzz_svg_reader tests/data/formats/*.svg fuzz/regressions/fuzz_svg_reader/*
 run_format fuzz_dxf_reader tests/data/formats/*.dxf fuzz/regressions/fuzz_dxf_reader/*
+run_format fuzz_lightwave_reader tests/data/formats/lightwave_* fuzz/regressions/fuzz_lightwave_reader/*
 # The model exchange plug-in's reader (assimp's OBJ, PLY and STL readers);
 # its seeds start with the byte that picks the format.  Leaks inside
 # libassimp itself on damaged input are suppressed.  libassimp 5.2 also

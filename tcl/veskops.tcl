@@ -41,7 +41,7 @@ namespace eval ::vesk::ops {
         3ds      {{{3D Studio files} {.3ds}} {{All files} *}}
         dxf      {{{DXF files} {.dxf}} {{All files} *}}
         tri      {{{Triangle files} {.tri}} {{All files} *}}
-        lwo      {{{Lightwave files} {.lwo .lws}} {{All files} *}}
+        lwo      {{{Lightwave files} {.lwo .lwob .lws}} {{All files} *}}
         wrl      {{{VRML files} {.wrl}} {{All files} *}}
         iv       {{{Inventor files} {.iv}} {{All files} *}}
         svg      {{{SVG drawings} {.svg}} {{All files} *}}

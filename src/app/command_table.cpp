@@ -25,6 +25,7 @@
 #include "fileio/exchange_commands.h"
 #include "fileio/scene_writers.h"
 #include "fileio/dxf_reader.h"
+#include "fileio/lightwave.h"
 
 
 Command builtin_commands[] = {
@@ -66,7 +67,7 @@ Command builtin_commands[] = {
     COMMAND_ROW("import_dxf", command_import_dxf, 1, "s", "<filename>", "load a DXF file"),
     COMMAND_ROW("import_alias_tri", command_import_alias_tri, 1, "s", "<filename>", "load an Alias Triangle file"),
     COMMAND_ROW("import_tri", command_import_tri, 1, "s", "<filename>", "load a Triangle file"),
-    COMMAND_ROW("import_lightwave", not_available_s, 1, "s", "<filename>", "load a Lightwave file"),
+    COMMAND_ROW("import_lightwave", command_import_lightwave, 1, "s", "<filename>", "load a Lightwave file"),
     COMMAND_ROW("import_vector", command_import_vector, 1, "s", "<filename>", "load a Vector file"),
     COMMAND_ROW("import_vrml", import_vrml, 1, "s", "<filename>", "load a VRML 1 file"),
     COMMAND_ROW("import_inventor", import_vrml, 1, "s", "<filename>", "load an Inventor file"),
