@@ -168,6 +168,33 @@ proc dump {id} {
     return $text
 }
 
+# ---- the model as the importers' tests read it ----
+
+# Runs a vesk command, keeping its console output in ::output and its
+# result in ::last_result; returns the result.
+proc run {args} {
+    set ::output [capture_console { set ::last_result [vesk {*}$args] }]
+    return $::last_result
+}
+
+proc reset_model {} { quietly { vesk new_model } }
+
+proc kids {id} { return [vesk object_get_children $id] }
+
+proc names {id} { return [lmap k [kids $id] { vesk object_get_name $k }] }
+
+proc child_named {id name} {
+    foreach k [kids $id] {
+        if {[vesk object_get_name $k] eq $name} { return $k }
+    }
+    return ""
+}
+
+# Each surface of an object as "kind corners".
+proc shapes {id} {
+    return [lmap s [vesk object_get_surfaces $id] { list [lindex $s 0] [expr {[llength $s] - 4}] }]
+}
+
 # Prints tcltest's summary and leaves with the run's verdict.
 proc finish {} {
     set failed [expr {$tcltest::numTests(Failed) + $::unreported}]

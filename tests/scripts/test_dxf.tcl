@@ -26,28 +26,6 @@ tcltest::test dxf-0.1 {a build without libdxflib refuses, saying so} -constraint
 # Sixteen segments to a full circle.
 set ::prefs_num_surface_div 16
 
-proc run {args} {
-    set ::output [capture_console { set ::last_result [vesk {*}$args] }]
-    return $::last_result
-}
-
-proc reset_model {} { quietly { vesk new_model } }
-
-proc kids {id} { return [vesk object_get_children $id] }
-
-proc names {id} { return [lmap k [kids $id] { vesk object_get_name $k }] }
-
-proc child_named {id name} {
-    foreach k [kids $id] {
-        if {[vesk object_get_name $k] eq $name} { return $k }
-    }
-    return ""
-}
-
-# Each surface of an object as "kind corners".
-proc shapes {id} {
-    return [lmap s [vesk object_get_surfaces $id] { list [lindex $s 0] [expr {[llength $s] - 4}] }]
-}
 
 # The corners of one surface as rounded positions.
 proc corners {id surface} {

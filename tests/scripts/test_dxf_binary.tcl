@@ -27,12 +27,6 @@ if {[string match "*without libdxflib*" $output]} {
 
 set ::prefs_num_surface_div 16
 
-proc run {args} {
-    set ::output [capture_console { set ::last_result [vesk {*}$args] }]
-    return $::last_result
-}
-
-proc reset_model {} { quietly { vesk new_model } }
 
 proc read_bytes {path} {
     set f [open $path rb]

@@ -22,12 +22,12 @@ tcltest::test exchange-1.1 {the plug-in adds its commands} -body {
 
 # ---- helpers ----
 
-# Console output of a command, and its result in ::last_result.
+# Console output of a command, and its result in ::last_result (the
+# harness's run returns the result instead).
 proc run {args} {
     return [capture_console { set ::last_result [vesk {*}$args] }]
 }
 
-proc reset_model {} { quietly { vesk new_model } }
 
 # The counts `assimp info -r` reports for a file: meshes vertices faces.
 proc assimp_counts {file} {

@@ -18,28 +18,11 @@ set objects [file join $::scratch Objects]
 set scenes [file join $::scratch Scenes]
 set bad [file join $::scratch bad]
 
-proc run {args} {
-    set ::output [capture_console { set ::last_result [vesk {*}$args] }]
-    return $::last_result
-}
-proc reset_model {} { quietly { vesk new_model } }
-proc kids {id} { return [vesk object_get_children $id] }
-proc names {id} { return [lmap k [kids $id] { vesk object_get_name $k }] }
-proc child_named {id name} {
-    foreach k [kids $id] {
-        if {[vesk object_get_name $k] eq $name} { return $k }
-    }
-    return ""
-}
 # Follows a path of names down from the world.
 proc find {args} {
     set id [vesk get_world]
     foreach name $args { set id [child_named $id $name] }
     return $id
-}
-# Each surface of an object as "kind corners".
-proc shapes {id} {
-    return [lmap s [vesk object_get_surfaces $id] { list [lindex $s 0] [expr {[llength $s] - 4}] }]
 }
 proc corners {id surface} {
     set vertices [vesk object_get_vertices $id]
