@@ -28,18 +28,10 @@ if {[string match "*without libdxflib*" $output]} {
 set ::prefs_num_surface_div 16
 
 
-proc read_bytes {path} {
-    set f [open $path rb]
-    set data [read $f]
-    close $f
-    return $data
-}
-
-proc write_bytes {name data} {
+# Writes data to a file of the scratch directory; returns its path.
+proc scratch_bytes {name data} {
     set path [file join $::scratch $name]
-    set f [open $path wb]
-    puts -nonewline $f $data
-    close $f
+    write_bytes $path $data
     return $path
 }
 
@@ -163,11 +155,11 @@ set drawing {
     0 s ENDSEC 0 s EOF
 }
 file mkdir [file join $::scratch 0] [file join $::scratch 1]
-set ascii_path [write_bytes [file join ascii hand.dxf] [ascii_dxf $drawing]]
+set ascii_path [scratch_bytes [file join ascii hand.dxf] [ascii_dxf $drawing]]
 foreach wide {0 1} {
     set label [expr {$wide ? "two-byte codes" : "one-byte codes"}]
     lassign [import_alone $ascii_path] ascii_result ascii_output ascii_model
-    lassign [import_alone [write_bytes [file join $wide hand.dxf] [binary_dxf $wide $drawing]]] \
+    lassign [import_alone [scratch_bytes [file join $wide hand.dxf] [binary_dxf $wide $drawing]]] \
         binary_result binary_output binary_model
     check "hand-made, $label: read" [list $ascii_result $binary_result] {1 1}
     check "hand-made, $label: the ASCII model" $binary_model $ascii_model
@@ -181,7 +173,7 @@ foreach wide {0 1} {
 # A string value may hold a line break: it becomes a space rather than
 # ending the value.
 set broken {0 s SECTION 2 s ENTITIES 0 s LINE 8 s "A\nB" 10 d 0 20 d 0 30 d 0 11 d 1 21 d 0 31 d 0 0 s ENDSEC 0 s EOF}
-check "line break in a string: read" [run import_dxf [write_bytes broken.dxf [binary_dxf 1 $broken]]] 1
+check "line break in a string: read" [run import_dxf [scratch_bytes broken.dxf [binary_dxf 1 $broken]]] 1
 set top [lindex [vesk object_get_children [vesk get_world]] end]
 check "line break in a string: the layer's name" [vesk object_get_name [vesk object_get_children $top]] "A B"
 
@@ -199,27 +191,27 @@ proc refused {what path pattern} {
 set whole [read_bytes [file join $binary_dir all_r2018.dxf]]
 set size [string length $whole]
 foreach cut [list 22 23 30 [expr {$size / 3}] [expr {$size / 2}] [expr {$size - 5}] [expr {$size - 1}]] {
-    refused "cut at $cut of $size" [write_bytes cut.dxf [string range $whole 0 [expr {$cut - 1}]]] "offset *"
+    refused "cut at $cut of $size" [scratch_bytes cut.dxf [string range $whole 0 [expr {$cut - 1}]]] "offset *"
 }
 set small [binary_dxf 0 {0 s SECTION 2 s ENTITIES 0 s LINE 10 d 1.5}]
-refused "cut inside a double" [write_bytes cut_double.dxf [string range $small 0 end-3]] \
+refused "cut inside a double" [scratch_bytes cut_double.dxf [string range $small 0 end-3]] \
     "binary DXF: the group at offset 47 is cut short (the file ends at offset 53)"
-refused "ends before EOF" [write_bytes no_eof.dxf [binary_dxf 1 {0 s SECTION 2 s ENTITIES 0 s ENDSEC}]] \
+refused "ends before EOF" [scratch_bytes no_eof.dxf [binary_dxf 1 {0 s SECTION 2 s ENTITIES 0 s ENDSEC}]] \
     "ends at offset * before its EOF group*"
-refused "no SECTION first" [write_bytes no_section.dxf [binary_dxf 1 {0 s HEADER 0 s EOF}]] \
+refused "no SECTION first" [scratch_bytes no_section.dxf [binary_dxf 1 {0 s HEADER 0 s EOF}]] \
     "no SECTION group follows the sentinel (offset 22)"
-refused "sentinel only" [write_bytes sentinel.dxf "AutoCAD Binary DXF\r\n\x1a\x00"] "offset 22"
+refused "sentinel only" [scratch_bytes sentinel.dxf "AutoCAD Binary DXF\r\n\x1a\x00"] "offset 22"
 refused "group code beyond DXF's" \
-    [write_bytes bad_code.dxf [binary_dxf 1 {0 s SECTION 2 s ENTITIES 5000 s x 0 s ENDSEC 0 s EOF}]] \
+    [scratch_bytes bad_code.dxf [binary_dxf 1 {0 s SECTION 2 s ENTITIES 5000 s x 0 s ENDSEC 0 s EOF}]] \
     "group code 5000 at offset 43 is not a DXF group code"
 refused "negative group code" \
-    [write_bytes neg_code.dxf [binary_dxf 1 {0 s SECTION 2 s ENTITIES -1 s x 0 s ENDSEC 0 s EOF}]] \
+    [scratch_bytes neg_code.dxf [binary_dxf 1 {0 s SECTION 2 s ENTITIES -1 s x 0 s ENDSEC 0 s EOF}]] \
     "group code -1 at offset 43 is not a DXF group code"
 set endless "[binary_dxf 1 {0 s SECTION 2 s ENTITIES}][binary format s 1][string repeat x 100000]"
-refused "a string without its end" [write_bytes endless.dxf $endless] "string at offset 45 has no end*"
+refused "a string without its end" [scratch_bytes endless.dxf $endless] "string at offset 45 has no end*"
 set long [binary_dxf 1 [list 0 s SECTION 2 s ENTITIES 1 s [string repeat x 5000] 0 s ENDSEC 0 s EOF]]
-refused "an overlong string" [write_bytes long.dxf $long] "string at offset 45 is longer than 4096 bytes"
+refused "an overlong string" [scratch_bytes long.dxf $long] "string at offset 45 is longer than 4096 bytes"
 set chunk "[binary_dxf 1 {0 s SECTION 2 s ENTITIES}][binary format sc 310 200][string repeat x 50]"
-refused "a binary chunk cut short" [write_bytes chunk.dxf $chunk] "group at offset 43 is cut short*"
+refused "a binary chunk cut short" [scratch_bytes chunk.dxf $chunk] "group at offset 43 is cut short*"
 
 finish
