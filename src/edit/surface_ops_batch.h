@@ -60,7 +60,7 @@ struct OwnedSurface {
     Surface *surface;
 };
 
-/* The wholly selected surfaces (Part of the selection) with their owners,
+/* The wholly selected surfaces (of the part selection) with their owners,
  * in the order find_selected_whole_surfaces gives them. */
 std::vector<OwnedSurface> whole_selected_surfaces(void);
 /* The owner of each surface of the list, found in one walk of the model;
