@@ -128,7 +128,8 @@ static void finish_one(ObjectEdit *e)
 {
     if (!e->dropped_surfaces.items.empty()) sweep_surfaces(e);
     if (!e->dropped_vertices.items.empty()) sweep_vertices(e);
-    assert(e->append.surface_tail == list_end(e->object->surfaces));
+    assert(e->append.surface_tail == (e->object->surfaces ? list_end(e->object->surfaces) : nullptr));
+    assert(e->append.vertex_tail == (e->object->vertices ? list_end(e->object->vertices) : nullptr));
 }
 
 void edits_finish(SurfaceEdits *edits)
