@@ -294,6 +294,24 @@ proc ::vesk::ops::open_backup {} {
     run open_backup_vk
 }
 
+# Writes text (UTF-8) to target through a temporary file beside it, so
+# that a full disk leaves the old file whole; a failure is said in words
+# naming what could not be saved.
+proc ::vesk::ops::write_file_replacing {target text what} {
+    set temp $target.new
+    if {[catch {
+        set fd [open $temp w]
+        fconfigure $fd -encoding utf-8
+        puts -nonewline $fd $text
+        close $fd
+        file rename -force $temp $target
+    } error]} {
+        catch {close $fd}
+        catch {file delete $temp}
+        message "$what could not be saved: $error"
+    }
+}
+
 # ---- the other parts ----
 
 # Each concern of the operations has a file of its own under tcl/ops.

@@ -43,24 +43,13 @@ proc ::vesk::ops::recent_load {} {
     }
 }
 
-# Writes the list beside a temporary copy first, so that a full disk
-# leaves the old list whole.
+# Writes the list through a temporary copy, so that a full disk leaves
+# the old list whole.
 proc ::vesk::ops::recent_save {} {
     variable recent
-    set target [recent_file]
-    set temp $target.new
-    if {[catch {
-        set fd [open $temp w]
-        fconfigure $fd -encoding utf-8
-        puts -nonewline $fd [join $recent \n]
-        if {[llength $recent]} { puts $fd "" }
-        close $fd
-        file rename -force $temp $target
-    } error]} {
-        catch {close $fd}
-        catch {file delete $temp}
-        message "the list of recent files could not be saved: $error"
-    }
+    set text [join $recent \n]
+    if {[llength $recent]} { append text \n }
+    write_file_replacing [recent_file] $text "the list of recent files"
 }
 
 proc ::vesk::ops::recent_add {path} {

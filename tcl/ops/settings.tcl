@@ -37,18 +37,9 @@ proc ::vesk::ops::ui_settings_load {} {
 
 proc ::vesk::ops::ui_settings_save {args} {
     variable ui_settings
-    set target [ui_settings_file]
-    set temp $target.new
-    if {[catch {
-        set fd [open $temp w]
-        foreach name $ui_settings {
-            if {[info exists ::$name]} { puts $fd [list $name [set ::$name]] }
-        }
-        close $fd
-        file rename -force $temp $target
-    } error]} {
-        catch {close $fd}
-        catch {file delete $temp}
-        message "interface settings could not be saved: $error"
+    set text ""
+    foreach name $ui_settings {
+        if {[info exists ::$name]} { append text [list $name [set ::$name]] \n }
     }
+    write_file_replacing [ui_settings_file] $text "interface settings"
 }
