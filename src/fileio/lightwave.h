@@ -129,9 +129,6 @@ void lw_read_scene(const char *text, size_t size, const char *scene_path, const 
 /* Reads an object or a scene, telling them apart by their first bytes. */
 void lw_read_bytes(const uint8_t *bytes, size_t size, const char *path, const char *name, LwResult *result);
 
-/* Reads a whole regular file of at most limit bytes. */
-bool lw_read_file(const char *path, long limit, std::string *bytes, std::string *error);
-
 /* "import_lightwave": reads a LightWave object or scene and adds it to
  * the world as one undoable step; "1" or "0" as the command result. */
 int command_import_lightwave(char *filename);

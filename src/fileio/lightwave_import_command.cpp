@@ -14,11 +14,6 @@
 
 long lw_file_limit = LW_MAX_FILE_BYTES;
 
-bool lw_read_file(const char *path, long limit, std::string *bytes, std::string *error)
-{
-    return import_read_file(path, limit, bytes, error);
-}
-
 static bool is_scene(const uint8_t *bytes, size_t size)
 {
     size_t i = 0;
@@ -57,7 +52,7 @@ int command_import_lightwave(char *filename)
     if (command_lacks_filename(filename, "import_lightwave")) return command_finish(0);
     display_message("Loading LightWave...");
     std::string bytes, error;
-    if (!lw_read_file(filename, lw_file_limit, &bytes, &error)) return import_refused("import_lightwave", filename, error);
+    if (!import_read_file(filename, lw_file_limit, &bytes, &error)) return import_refused("import_lightwave", filename, error);
     LwResult result;
     lw_read_bytes((const uint8_t *)bytes.data(), bytes.size(), filename, import_name_of(filename, "lightwave").c_str(), &result);
     for (const std::string &w : result.warnings) console_printf("import_lightwave: %s: %s\n", filename, w.c_str());

@@ -11,6 +11,7 @@
  * keys, envelopes of other values) is not read.
  */
 #include "fileio/lightwave.h"
+#include "fileio/import_support.h"
 
 #include <cctype>
 #include <cerrno>
@@ -381,7 +382,7 @@ bool load_object_files(const std::vector<SceneItem> &items, const std::string &s
             std::string bytes, error;
             if (where.empty()) {
                 result->warnings.push_back("object file not found: " + items[i].path);
-            } else if (!lw_read_file(where.c_str(), lw_file_limit, &bytes, &error)) {
+            } else if (!import_read_file(where.c_str(), lw_file_limit, &bytes, &error)) {
                 result->warnings.push_back(where + ": " + error);
             } else if (!lw_parse_object((const uint8_t *)bytes.data(), bytes.size(), &loaded->model, &error)) {
                 result->warnings.push_back(where + ": " + error);
